@@ -1,0 +1,3 @@
+#include "BaseClasses/DebugLines.h"
+
+int GlobalDebugLevel = 0;

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+
+namespace support {
+
+/// A copy of `text` made by new[], for the name fields that a class owns as plain buffers. Null gives null.
+[[nodiscard]] inline char* copyOfText(const char* text) {
+  if (text == nullptr) {
+    return nullptr;
+  }
+  const std::size_t length = std::strlen(text) + 1;
+  char* const copy = new char[length];
+  std::memcpy(copy, text, length);
+  return copy;
+}
+
+/// Puts a copy of `text` in the place of `owned`, which is freed. `text` may be the old text itself, or a part of it.
+inline void replaceText(char*& owned, const char* text) {
+  char* const copy = copyOfText(text);
+  delete[] owned;
+  owned = copy;
+}
+
+}  // namespace support

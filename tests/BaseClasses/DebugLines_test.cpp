@@ -1,0 +1,28 @@
+#include "BaseClasses/DebugLines.h"
+
+#include <string>
+
+#include "gtest/gtest.h"
+
+namespace {
+
+std::string debugLineAt(int globalLevel) {
+  GlobalDebugLevel = globalLevel;
+  testing::internal::CaptureStdout();
+  support::debugLine(3, "Value is ", 42);
+  const std::string text = testing::internal::GetCapturedStdout();
+  GlobalDebugLevel = 0;
+  return text;
+}
+
+TEST(DebugLinesTest, LinesAreDormantByDefault) {
+  EXPECT_EQ(GlobalDebugLevel, 0);
+}
+
+TEST(DebugLinesTest, ALineIsWrittenAboveItsLevelOnly) {
+  EXPECT_EQ(debugLineAt(4), "** Value is 42\n");
+  EXPECT_EQ(debugLineAt(3), "");
+  EXPECT_EQ(debugLineAt(0), "");
+}
+
+}  // namespace

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+
+#include "BaseClasses/QuorvaSocket.h"
+
+namespace support {
+
+/// A socket with its descriptor in sight.
+class SocketProbe : public QuorvaSocket {
+ public:
+  using QuorvaSocket::_socket;
+  using QuorvaSocket::ErrorString;
+  using QuorvaSocket::QuorvaSocket;
+};
+
+/// Binds `socket` to a free port and gives it; different processes begin to look in different places.
+inline int bindToFreePort(QuorvaSocket& socket, int processId) {
+  int port = 20000 + processId % 10000;
+  while (!socket.Bind(port)) {
+    ++port;
+  }
+  return port;
+}
+
+/// Two connected sockets on this machine.
+struct Loopback {
+  explicit Loopback(int processId) {
+    const int port = bindToFreePort(listener, processId);
+    isConnected = listener.Listen(5) && client.Connect("127.0.0.1", port) && listener.Accept(server);
+  }
+
+  SocketProbe listener{true};
+  SocketProbe client{true};
+  SocketProbe server{false};
+  bool isConnected = false;
+};
+
+}  // namespace support
