@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <mutex>
+
+/// A lock that one thread holds at a time. Not recursive: a thread that holds it must not get it again.
+///
+/// Each lock carries a name, "mutex1" for the first of the process, "mutex2" for the next. The names serve whoever
+/// debugs a run; the lock itself is private to the process, so that two simulators on one host never meet in it.
+/// Mutexes are made on one thread, as the counter behind the names is not guarded.
+class QuorvaMutex {
+ public:
+  QuorvaMutex();
+  QuorvaMutex(const QuorvaMutex&) = delete;
+  QuorvaMutex& operator=(const QuorvaMutex&) = delete;
+  ~QuorvaMutex() = default;
+
+  /// Takes the lock; waits for it without limit.
+  void Get() { _mutex.lock(); }
+  /// Gives the lock back. Requires: this thread holds it.
+  void Release() { _mutex.unlock(); }
+
+ protected:
+  char _name[64] = {};                       // "mutex" and the number of this one
+  static inline std::int32_t _globalID = 0;  // mutexes made so far in the process
+  std::mutex _mutex;
+};
+
+namespace support {
+
+/// Holds a mutex from construction to the end of its scope.
+class MutexHolder {
+ public:
+  explicit MutexHolder(QuorvaMutex& mutex) : mutex_(mutex) { mutex_.Get(); }
+  MutexHolder(const MutexHolder&) = delete;
+  MutexHolder& operator=(const MutexHolder&) = delete;
+  ~MutexHolder() { mutex_.Release(); }
+
+ private:
+  QuorvaMutex& mutex_;
+};
+
+}  // namespace support
