@@ -1,0 +1,110 @@
+#include "BaseClasses/BaseModelClass.h"
+
+#include <iostream>
+
+#include "BaseClasses/Assertions.h"
+#include "BaseClasses/BaseActionClass.h"
+#include "BaseClasses/BaseStateVariableClass.h"
+#include "BaseClasses/OwnedText.h"
+
+namespace {
+
+/// For the operations that a concrete model must offer if it is asked them.
+[[noreturn]] void failNotOffered(int line = __builtin_LINE()) {
+  support::failRuntimeAssertion("false", "BaseModelClass.cpp", line);
+}
+
+}  // namespace
+
+double BaseModelClass::LastActionTime = 0.0;
+
+BaseModelClass::BaseModelClass() {
+  static std::int32_t globalModelId = 0;
+  ++globalModelId;
+  Id = globalModelId;
+  ParentId = globalModelId;
+}
+
+BaseModelClass::~BaseModelClass() {
+  delete[] Name;
+}
+
+int BaseModelClass::getNumStateVariables() {
+  return NumStateVariables;
+}
+
+void BaseModelClass::printState(std::ostream* /*strm*/) {}
+
+void BaseModelClass::printState() {
+  printState(&std::cout);
+}
+
+BaseStateVariableClass** BaseModelClass::GetLocalStateVariables(std::ostream* /*strm*/) {
+  return nullptr;
+}
+
+BaseStateVariableClass** BaseModelClass::GetSharedStateVariables() {
+  return nullptr;
+}
+
+BaseStateVariableClass* BaseModelClass::getMainSharedVariable(BaseStateVariableClass* /*TheVar*/) {
+  return nullptr;
+}
+
+SharedStateVarLink* BaseModelClass::getListOfSharedVariables(BaseStateVariableClass* /*TheVar*/) {
+  return nullptr;
+}
+
+void BaseModelClass::AddAffectArc(BaseStateVariableClass* TheSV, BaseActionClass* TheAction) {
+  TheSV->appendAffectingAction(TheAction);
+  TheAction->addAffectedSV(TheSV);
+}
+
+void BaseModelClass::AddEnableArc(BaseStateVariableClass* TheSV, BaseActionClass* TheAction) {
+  TheSV->appendEnabledAction(TheAction);
+  TheAction->addEnablingSV(TheSV);
+}
+
+BaseModelClass::ModelType BaseModelClass::GetModelType() {
+  failNotOffered();
+}
+
+int BaseModelClass::GetNumberOfChildren() {
+  failNotOffered();
+}
+
+BaseModelClass* BaseModelClass::GetChild(int /*ChildIndex*/) {
+  failNotOffered();
+}
+
+void BaseModelClass::GetLocalActions(base_action_list_t& /*actions*/) {
+  failNotOffered();
+}
+
+void BaseModelClass::GetGlobalActions(base_action_list_t& /*actions*/) {
+  failNotOffered();
+}
+
+bool BaseModelClass::HasLocalState() {
+  failNotOffered();
+}
+
+void BaseModelClass::GetLocalState(State* /*TheState*/) {
+  failNotOffered();
+}
+
+void BaseModelClass::SetLocalState(const State* /*TheState*/) {
+  failNotOffered();
+}
+
+void BaseModelClass::ConstructLocalState(State*& /*TheState*/) {
+  failNotOffered();
+}
+
+void BaseModelClass::DestructLocalState(State* /*TheState*/) {
+  failNotOffered();
+}
+
+void BaseModelClass::DefineName(const char* TheName) {
+  support::replaceText(Name, TheName);
+}

@@ -1,0 +1,339 @@
+"""Managers that go without a word, and disks that fill up.
+
+A connection that has ended reads as ready and gives nothing, for ever, and a railway that looks for a signal on it
+waits for the signal's byte without end. A connection that is broken off fails at the first write. Either way all that
+was in the files stays readable.
+"""
+
+import os
+import pathlib
+import resource
+import signal
+import subprocess
+import sys
+import time
+import unittest
+
+from peer import RailwayCase
+from test_signals import SignalCase, ALIVE, DETACH, LOSSY
+import wire
+
+FILES = ["-a", "own.csv", "-b", "own.bin"]
+# Closing what the other side has broken off tells so.
+NOT_CONNECTED = "error in shutdown.  errno=107\n"
+# About ten batches in a millisecond.
+SLOW = "-Od:netNotDeliveryProb:0.8:s:nTrains:20"
+# Some eight events in a batch, and messages of 1.7 million bytes: more than fits in the buffers of a connection.
+HUGE = ["-n", "20000", "-Od:positionUpdatePeriod:60:d:TPRUpdatePeriod:60:i:lineLength:1000"]
+
+
+class FaultCase(SignalCase):
+    def expect_files(self, reports, batches=None, ascii_reports=None, rest=b""):
+        """Checks that the files hold these reports, and that many batches in the header and behind the ASCII lines."""
+        file = self.binary("own.bin")
+        self.assertEqual((file.messages, file.rest), (reports, rest))
+        ascii = self.ascii("own.csv")
+        lines = [line for report in (reports if ascii_reports is None else ascii_reports)
+                 for line in wire.ascii_lines(report)]
+        self.assertEqual(ascii.lines, lines)
+        if batches is not None:
+            self.assertEqual((file.header["BATCHES"], ascii.batches), (str(batches), batches))
+
+    def expect_stream_so_far(self, manager, railway, reports, answers):
+        """Checks what a railway that goes on has sent, and that nothing more comes."""
+        count = 1 + len(answers) + 2 * len(reports)
+        self.expect_stream([manager.message() for _ in range(count)], railway, reports, answers)
+        manager.socket.settimeout(0.2)
+        self.assertRaises(TimeoutError, manager.message)
+
+    def expect_files_amid_a_message(self, reports):
+        """Checks files whose run ended in the write of a message of 20000 batches; gives what is in the file of it."""
+        file = self.binary("own.bin")
+        whole = len(file.messages)
+        self.assertTrue(reports[whole].raw.startswith(file.rest))
+        self.assertGreater(len(file.rest), 0)
+        # The ASCII file has the report on which the write failed.
+        self.expect_files(reports[:whole], 20000 * (whole + 1), reports[: whole + 1], file.rest)
+        return file.rest
+
+    def expect_stalled_and_kill(self, railway):
+        self.expect_stalled(railway)
+        railway.kill()
+        self.assertEqual(railway.process.returncode, -signal.SIGKILL)
+
+
+class EndsInOrder(FaultCase):
+    """The manager closes its end: the railway waits for ever, without using the processor."""
+
+    def test_before_the_first_report(self):
+        railway, manager = self.start(["-n", "10", LOSSY, *FILES], b"", ends=True)
+        self.expect_stream_so_far(manager, railway, [], {})
+        self.expect_stalled_and_kill(railway)
+        self.expect_files([])
+        self.assertEqual(self.binary("own.bin").header["BATCHES"], "0")
+
+    def test_amid_the_run(self):
+        reports = self.reference("-N", "40", "-n", "10", LOSSY)
+        railway, manager = self.start(["-n", "10", LOSSY, *FILES], ALIVE * 4, ends=True)
+        self.expect_stream_so_far(manager, railway, reports, {number: wire.ALIVE for number in range(1, 5)})
+        manager.close()  # altogether: as nothing is sent to it, the railway does not come to know
+        self.expect_stalled_and_kill(railway)
+        self.expect_files(reports)
+        self.assertEqual(self.binary("own.bin").header["BATCHES"], "40")
+
+    def test_while_reports_are_held(self):
+        reports = self.reference("-N", "10", "-n", "1", LOSSY)
+        railway, manager = self.start(["-n", "1", LOSSY, *FILES], ALIVE * 14, ends=True)
+        self.expect_stream_so_far(manager, railway, reports, {number: wire.ALIVE for number in range(1, 15)})
+        self.expect_stalled_and_kill(railway)
+        self.expect_files(reports)
+
+    def test_amid_the_text_of_a_detach(self):
+        reports = self.reference("-N", "20", "-n", "10", LOSSY)
+        railway, manager = self.start(["-n", "10", LOSSY, *FILES], ALIVE * 2 + DETACH + b"alone.bin;4", ends=True)
+        self.expect_stream_so_far(manager, railway, reports, {1: wire.ALIVE, 2: wire.ALIVE})
+        self.expect_stalled_and_kill(railway)
+        self.expect_files(reports)
+
+
+class BreaksOff(FaultCase):
+    """The manager resets the connection: the next write fails and the run ends, unless nothing is written."""
+
+    def test_as_the_run_begins(self):
+        railway, manager = self.start([LOSSY, *FILES], b"")
+        # The railway may have accepted by now or not, and be in its first report; the end is the same.
+        manager.reset()
+        self.assertEqual(railway.wait(), 0)
+        self.assertEqual(self.binary("own.bin").messages, [])
+
+    def test_before_the_first_report(self):
+        railway = self.railway(LOSSY, *FILES)
+        manager = self.connect_paused(railway)
+        manager.reset()
+        railway.resume()
+        self.expect_end(railway, at_close=NOT_CONNECTED)
+        self.assertEqual(railway.lines[-3], "Actions fired: 0")
+        self.expect_files([], batches=0)
+
+    def reset_amid_the_run(self, end):
+        reports = self.reference("-N", "6000", "-n", "1000", SLOW)
+        railway = self.railway("-n", "1000", SLOW, *FILES)
+        manager = self.manager(railway)
+        seen = [manager.message() for _ in range(5)]
+        self.expect_stream(seen, railway, reports[:2], {})
+        railway.pause()
+        end(manager)
+        railway.resume()
+        self.expect_end(railway, at_close=NOT_CONNECTED)
+        file = self.binary("own.bin")
+        written = len(file.messages)
+        self.assertIn(written, range(2, 6))
+        self.assertEqual(file.messages, reports[:written])
+        self.assertTrue(reports[written].raw.startswith(file.rest))
+        # The report on which the write failed has gone to the ASCII file all the same.
+        self.expect_files(reports[:written], (written + 1) * 1000, reports[: written + 1], file.rest)
+
+    def test_amid_the_run(self):
+        self.reset_amid_the_run(lambda manager: manager.reset())
+
+    def test_amid_a_message(self):
+        reports = self.reference("-N", "120000", *HUGE)
+        railway = self.railway(*HUGE, *FILES)
+        manager = self.manager(railway, receive_buffer=4096)
+        self.expect_status(manager.message(), railway, wire.GREETING)
+        manager.read(16 + 100000)
+        self.expect_stalled(railway, seconds=1.0)  # in the write
+        manager.reset()
+        self.expect_end(railway, at_close=NOT_CONNECTED)
+        rest = self.expect_files_amid_a_message(reports)
+        # Each piece of a message is written to the file only if the connection has taken some of it.
+        rows = [9 + (7 + 160000) * row for row in range(12)]
+        self.assertIn(len(rest), [row + part for row in rows for part in (0, 2, 3, 7)])
+
+    def test_amid_the_text_of_a_detach_the_wait_is_without_end(self):
+        reports = self.reference("-N", "10", "-n", "10", LOSSY)
+        railway, manager = self.start(["-n", "10", LOSSY, *FILES], ALIVE + DETACH + b"alone.bin;4")
+        self.expect_stream_so_far(manager, railway, reports, {1: wire.ALIVE})
+        manager.reset()
+        self.expect_stalled_and_kill(railway)
+        self.expect_files(reports)
+
+    def test_while_reports_are_held_the_wait_is_without_end(self):
+        # The first look for a signal meets the failure, and ignores it; the next one meets a connection at its end.
+        reports = self.reference("-N", "1000", "-n", "100", SLOW)
+        railway = self.railway("-n", "100", SLOW, *FILES)
+        manager = self.manager(railway)
+        self.expect_stream([manager.message() for _ in range(21)], railway, reports, {})
+        railway.pause()
+        manager.reset()
+        railway.resume()
+        self.expect_stalled_and_kill(railway)
+        self.expect_files(reports)
+
+
+class IsKilled(FaultCase):
+    """The manager's process ends without closing anything: its system closes in order, or resets over unread bytes."""
+
+    def start_process(self, railway, then):
+        manager = subprocess.Popen(
+            [sys.executable, "-c",
+             "import sys, peer, wire\n"
+             "manager = peer.Manager(int(sys.argv[1]), receive_buffer=4096)\n" + then +
+             "\nprint('ready', flush=True)\n"
+             "sys.stdin.read()", str(railway.port)],
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, cwd=pathlib.Path(__file__).parent)
+        self.addCleanup(manager.wait)
+        self.addCleanup(manager.kill)
+        self.addCleanup(manager.stdin.close)
+        self.addCleanup(manager.stdout.close)
+        return manager
+
+    def test_with_all_read_the_railway_waits(self):
+        reports = self.reference("-N", "3000", "-n", "1000", SLOW)
+        railway = self.railway("-n", "1000", SLOW, *FILES)
+        # Half a detach holds the railway at its fourth report.
+        manager = self.start_process(
+            railway,
+            "manager.send(b'\\1\\1\\1\\3alone')\n"
+            "messages = []\n"
+            "while sum(isinstance(m, wire.Status) for m in messages) < 4: messages.append(manager.message())\n"
+            "manager.message(), manager.message()")
+        self.assertEqual(manager.stdout.readline(), b"ready\n")
+        manager.kill()
+        manager.wait()
+        self.expect_stalled_and_kill(railway)
+        messages = self.binary("own.bin").messages
+        self.assertGreaterEqual(len(messages), 3)  # more if the signals came behind the first reports
+        self.assertEqual(messages[:3], reports)
+
+    def test_with_bytes_unread_the_run_ends(self):
+        reports = self.reference("-N", "120000", *HUGE)
+        railway = self.railway(*HUGE, *FILES)
+        manager = self.start_process(railway, "manager.message(), manager.read(1000)")
+        self.assertEqual(manager.stdout.readline(), b"ready\n")
+        self.expect_stalled(railway, seconds=1.0)
+        manager.kill()
+        manager.wait()
+        self.expect_end(railway, at_close=NOT_CONNECTED)
+        self.expect_files_amid_a_message(reports)
+
+
+class StopsReading(FaultCase):
+    def test_the_railway_waits_and_goes_on_with_the_manager(self):
+        options = ["-N", "160000", *HUGE]
+        reports = self.reference(*options)
+        railway = self.railway(*options, *FILES)
+        manager = self.manager(railway, receive_buffer=4096)
+        self.expect_status(manager.message(), railway, wire.GREETING)
+        self.expect_stalled(railway)
+        self.expect_reports([manager.message(), manager.message()], reports[:1])
+        self.expect_stalled(railway, seconds=1.0)
+        manager.send(ALIVE)
+        rest = manager.messages()
+        statuses = [message for message in rest if isinstance(message, wire.Status)]
+        self.expect_reports([message for message in rest if not isinstance(message, wire.Status)], reports[1:])
+        self.assertEqual([status.code for status in statuses], [wire.ALIVE])
+        self.expect_end(railway)
+        self.expect_files(reports, batches=160000)
+
+
+class IsInterrupted(FaultCase):
+    def test_a_railway_stopped_and_continued_goes_on(self):
+        reports = self.reference("-N", "600", "-n", "100", SLOW)
+        railway = self.railway("-N", "600", "-n", "100", SLOW)
+        for _ in range(10):  # in the wait for the manager
+            railway.pause()
+            railway.resume()
+            time.sleep(0.01)
+        manager = self.manager(railway)
+        messages = [manager.message()]
+        while len(messages) < 13:
+            if railway.is_running():  # it may have ended with messages still to be read
+                railway.pause()
+                railway.resume()
+            messages.append(manager.message())
+        self.assertRaises(EOFError, manager.message)
+        self.expect_stream(messages, railway, reports, {})
+        self.expect_end(railway)
+
+
+class NeverComes(FaultCase):
+    def test_a_minute_without_a_manager_ends_the_run_before_it_begins(self):
+        railway = self.railway("-N", "10", *FILES)
+        started = time.monotonic()
+        while time.monotonic() < started + 55:
+            time.sleep(1)
+            self.assertTrue(railway.is_running())
+        self.assertLess(railway.cpu_seconds(), 1.0)
+        self.expect_end(railway)
+        self.assertGreaterEqual(time.monotonic() - started, 59)
+        self.assertLess(time.monotonic() - started, 90)
+        self.assertEqual(railway.lines[-4:-2], [f"REGISTER:  Port: [{railway.port}]", "Actions fired: 0"])
+        self.expect_files([], batches=0)
+
+
+class FullDisk(FaultCase):
+    """No room under the binary file: the manager and the ASCII file get everything, the binary file a beginning."""
+
+    OPTIONS = ["-N", "100", "-n", "10", LOSSY]  # messages of 966 bytes
+
+    def expect_all_but_the_binary_file(self, name, **more):
+        reports = self.reference(*self.OPTIONS)
+        railway = self.railway(*self.OPTIONS, "-b", str(name), **more)
+        manager = self.manager(railway)
+        self.expect_stream(manager.messages(), railway, reports, {})
+        self.expect_end(railway)
+        return reports
+
+    def expect_beginning(self, data, reports, room):
+        self.assertLessEqual(len(data), room)
+        file = wire.read_binary(data)
+        whole = len(file.messages)
+        self.assertIn(whole, range(1, 10))
+        self.assertEqual(file.messages, reports[:whole])
+        self.assertTrue(reports[whole].raw.startswith(file.rest))
+        # The header tells of the last report that was written, and of no later one.
+        self.assertEqual(file.header["BATCHES"], str(10 * whole))
+
+    def test_of_no_size(self):
+        if not os.path.exists("/dev/full"):
+            self.skipTest("there is no /dev/full")
+        self.expect_all_but_the_binary_file("/dev/full")
+
+    def test_with_the_ascii_file_elsewhere(self):
+        railway = self.railway(*self.OPTIONS, "-a", "own.csv", "-b", "/dev/full", alone=True)
+        self.expect_end(railway)
+        self.assertEqual((len(self.ascii("own.csv").lines), self.ascii("own.csv").batches), (1100, 100))
+
+    def test_at_the_greatest_length_of_a_file(self):
+        room = 5000
+
+        def limit():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)  # a write beyond the limit fails like one to a full disk
+            resource.setrlimit(resource.RLIMIT_FSIZE, (room, room))
+
+        reports = self.expect_all_but_the_binary_file("own.bin", preexec_fn=limit, restore_signals=False)
+        self.expect_beginning(self.file("own.bin"), reports, room)
+
+    def test_on_a_small_file_system(self):
+        room = 4096
+        disk = self.folder / "disk"
+        disk.mkdir()
+        if subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={room}", "none", disk], capture_output=True).returncode:
+            self.skipTest("mounting is not allowed here")
+        self.addCleanup(subprocess.run, ["umount", disk], check=True)
+        reports = self.expect_all_but_the_binary_file(disk / "own.bin")
+        self.expect_beginning((disk / "own.bin").read_bytes(), reports, room)
+
+
+class DetachToAFullDisk(FaultCase):
+    def test_the_run_goes_on_without_the_file(self):
+        if not os.path.exists("/dev/full"):
+            self.skipTest("there is no /dev/full")
+        railway, manager = self.start(["-n", "10", LOSSY, "-a", "own.csv"], DETACH + b"/dev/full;50;;")
+        self.expect_stream(manager.messages(), railway, [], {1: wire.DETACHED})
+        self.expect_end(railway)
+        self.assertEqual((len(self.ascii("own.csv").lines), self.ascii("own.csv").batches), (550, 50))
+
+
+del SignalCase, RailwayCase  # bases alone, with no tests of their own
