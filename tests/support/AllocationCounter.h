@@ -1,0 +1,11 @@
+#pragma once
+
+#include <cstddef>
+
+namespace support {
+
+/// Allocations of this program so far, those of the libraries it is linked with included. A test program that asks must
+/// have AllocationCounter.cpp among its own sources, which replaces the program's operator new.
+[[nodiscard]] std::size_t allocations();
+
+}  // namespace support
