@@ -1,0 +1,89 @@
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <vector>
+
+#include "Simulator/Event.h"
+#include "Simulator/EventEarlier.h"
+#include "Simulator/EventEqual.h"
+
+/// Pending firings of one run, at most one for each group.
+/// Order    time, then higher rank; among events that tie on both, a draw from TheDistribution weighted by Weight.
+/// Owns     its records, made once in one block; a caller's Event is copied. Groups are borrowed from the model tree.
+/// Requires every group handed in to have its EventPointer at a PAddress of its own. The list keeps the address of the
+///          group's slot there, exact after every operation.
+/// Cost     Insert, Remove and ModifyKey O(log n); Earliest O(1) without a tie, O(ties) with one. Nothing is allocated
+///          after construction.
+/// Source   binary heap, J. W. J. Williams, Algorithm 232, CACM 7(6), 1964. Where each event lies in the array decides
+///          the order in which ties are weighed, so that the moves below are part of a run's result.
+class EventList {
+ public:
+  /// Room for `capacity` events: one more than the number of groups.
+  explicit EventList(int capacity);
+  ~EventList();
+
+  EventList(const EventList&) = delete;
+  EventList& operator=(const EventList&) = delete;
+
+  /// Schedules a copy of `*e`. Its group must not be scheduled yet, and the list must not be full.
+  void Insert(Event* e);
+
+  /// Unschedules the event in `slot`, an address that Earliest gave or a PAddress holds. The group's place in the
+  /// reactivation list is left as it is.
+  void Remove(Event** slot);
+
+  /// The same for the event of a group, by the group's PAddress.
+  void Remove(void* address);
+
+  /// Restores the order after the caller has changed the exec_time of the event in `slot`.
+  void ModifyKey(Event** slot);
+
+  /// Slot of the event to fire next, or null when nothing is pending. The event stays in the list.
+  ///
+  /// Draws exactly one number when there is a tie and none otherwise. When no tied group has a positive weight the
+  /// choice falls, on purpose, on whatever slot an earlier tie left behind in the work array, even an empty one: tied
+  /// activities must have a positive weight.
+  [[nodiscard]] Event** Earliest();
+
+  /// Unschedules every event and clears the whole PAddress of its group.
+  void ClearEventList();
+
+  /// One line for each event, in the order of the heap's array.
+  void PrintList(std::ostream& out);
+
+ private:
+  friend class EventListProbe;  // the tests' view of the heap
+
+  /// 0 for a sound heap, else the first fault: 2i+1 or 2(i+1) for a left or right child earlier than its parent i,
+  /// i+100000 for a wrong back pointer of slot i, the index of a filled slot beyond the events, or minus the heap index
+  /// of a record that is also free (the root's being told apart from a sound heap by nothing).
+  [[nodiscard]] int IsValid();
+
+  /// Appends to Equalities slot `i` and, through chains of ties below it, every slot that ties with it, each event
+  /// before those under it. An event that ties with the root can only hang below others that do.
+  void FindEquals(int i);
+
+  void BubbleDown(int i);
+  /// Gives the final index.
+  int BubbleUp(int i);
+  /// Exchanges two slots, and the back pointers of both groups.
+  void Swap(int i, int j);
+
+  void restoreOrder(int i);
+  [[nodiscard]] int indexOf(Event** slot) const;
+
+  // Storage, made once.
+  std::vector<Event> records_;  // every record there is; A and FreeList point into it
+  std::vector<Event*> slots_;
+  std::vector<std::int32_t> ties_;
+
+  EventEarlier EvEarlier;
+  EventEqual EvEqual;
+  std::vector<Event*> FreeList;  // stack of the records not in the heap; its front is the vector's back
+  std::int32_t capacity;         // length of A
+  Event** A;                     // slots_: the heap; children of i at 2i+1 and 2i+2; null at and beyond size
+  std::int32_t size = 0;         // events in the heap
+  std::int32_t* Equalities;      // ties_: heap indices tied with the root; `capacity` long
+  std::int32_t EqSize = 0;       // entries of Equalities in use; 0 between calls
+};

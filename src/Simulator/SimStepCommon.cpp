@@ -1,0 +1,197 @@
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <iostream>
+#include <iterator>
+#include <list>
+#include <string>
+#include <string_view>
+
+#include "BaseClasses/ActionAffectsElement.h"
+#include "BaseClasses/Assertions.h"
+#include "BaseClasses/BaseActionClass.h"
+#include "BaseClasses/BaseGroupClass.h"
+#include "BaseClasses/DebugLines.h"
+#include "BaseClasses/TraceFileContainer.h"
+#include "Performance_Variables/PVModel.h"
+#include "Simulator/Event.h"
+#include "Simulator/EventList.h"
+#include "Simulator/PAddress.h"
+#include "Simulator/SimulatorClass.h"
+
+namespace {
+
+constexpr std::string_view kInvalidParametersTag = "INVALID_DIST_PARAMS:";
+
+PAddress& addressOf(BaseActionClass* group) {
+  return *static_cast<PAddress*>(group->EventPointer);
+}
+
+}  // namespace
+
+void SimulatorClass::HandleInvalidDistParams(BaseActionClass* action, std::string text) {
+  const std::size_t tag = text.find(kInvalidParametersTag);
+  support::requireRuntime(tag != std::string::npos, "false");
+  text.erase(tag, kInvalidParametersTag.size());
+  std::cerr << "FATAL ERROR: In action " << action->ActionName << ',' << text << std::endl;
+  std::exit(1);
+}
+
+double SimulatorClass::sampleOrEnd(BaseActionClass* action) {
+  try {
+    return action->SampleDistribution();
+  } catch (const std::string& text) {
+    HandleInvalidDistParams(action, text);
+  }
+}
+
+void SimulatorClass::watchForReactivation(BaseActionClass* group) {
+  if (spareReactivationNodes_.empty()) {
+    spareReactivationNodes_.push_front(nullptr);
+  }
+  TheReactivationList.splice(TheReactivationList.begin(), spareReactivationNodes_, spareReactivationNodes_.begin());
+  TheReactivationList.front() = group;
+  group->Reactivation = true;
+  addressOf(group).setReact(TheReactivationList.begin());
+}
+
+std::list<BaseActionClass*>::iterator SimulatorClass::dropFromReactivationList(
+    std::list<BaseActionClass*>::iterator position) {
+  const auto next = std::next(position);
+  spareReactivationNodes_.splice(spareReactivationNodes_.begin(), TheReactivationList, position);
+  return next;
+}
+
+void SimulatorClass::schedule(BaseActionClass* group) {
+  CurrEvent->exec_time = CurrentTime + sampleOrEnd(group);
+  CurrEvent->start_time = CurrentTime;
+  CurrEvent->action_ptr = group;
+  if (group->ReactivationPredicate()) {
+    watchForReactivation(group);
+  }
+  TheEventList->Insert(CurrEvent);
+}
+
+void SimulatorClass::CheckReactivationList() {
+  auto position = TheReactivationList.begin();
+  while (position != TheReactivationList.end()) {
+    BaseActionClass* const action = *position;
+    PAddress& address = addressOf(action);
+    const auto leave = [&] {
+      action->Reactivation = false;
+      address.setReactNull();
+      return dropFromReactivationList(position);
+    };
+    if (address.event == nullptr) {
+      position = leave();
+    } else if (!action->Enabled()) {
+      TheEventList->Remove(address.event);
+      position = leave();
+    } else if (!action->ReactivationFunction()) {
+      ++position;
+    } else {
+      const double delay = sampleOrEnd(action);
+      Event& event = **address.event;
+      event.exec_time = CurrentTime + delay;
+      event.start_time = CurrentTime;
+      TheEventList->ModifyKey(address.event);
+      position = leave();
+      if (action->ReactivationPredicate()) {
+        watchForReactivation(action);  // in front of everything still to be looked at
+      }
+    }
+  }
+}
+
+void SimulatorClass::RemoveAffectedActions() {
+  for (AffectsAction = TempAction->Affects; AffectsAction != nullptr; AffectsAction = AffectsAction->next) {
+    BaseActionClass* const group = AffectsAction->Action;
+    PAddress& address = addressOf(group);
+    if (address.event == nullptr) {
+      continue;
+    }
+    const bool remove = group->EnablingChange() || (group->Reactivation && group->ReactivationFunction());
+    if (!remove) {
+      continue;
+    }
+    group->Reactivation = false;
+    TheEventList->Remove(address.event);
+    if (!address.isReactNull()) {
+      dropFromReactivationList(address.getReact());
+      address.setReactNull();
+    }
+  }
+}
+
+void SimulatorClass::InsertAffectedActions() {
+  for (AffectsAction = TempAction->Affects; AffectsAction != nullptr; AffectsAction = AffectsAction->next) {
+    BaseActionClass* const group = AffectsAction->Action;
+    // On purpose in this order: the asking moves the group's enabling pair on, whether or not it is scheduled.
+    if (group->Enabled() && addressOf(group).event == nullptr) {
+      schedule(group);
+    }
+  }
+}
+
+void SimulatorClass::fireNextEvent() {
+  TheEventList->Remove(NextEvent);
+  TheModel->Accumulate(CurrentTime);  // on the marking before the firing
+  trace->printPreFireAction(CurrAction);
+  trace->printFireAction(CurrAction, CurrentTime);
+  TempAction = TheModel->FireAction(CurrAction, CurrentTime);
+  if (TempAction == nullptr) [[unlikely]] {
+    std::cerr << "ERROR: firing \"" << CurrAction->ActionName << "\" at t=" << CurrentTime
+              << " gave no action; Fire must return the action that fired" << std::endl;
+    std::exit(1);
+  }
+  ++_fireActionCount;
+  trace->printPostFireAction(CurrAction, TempAction);
+  if (GlobalDebugLevel != 0) [[unlikely]] {
+    support::debugLine(GlobalDebugLevel - 1, "Starting to look at the other actions that are affected by the firing");
+  }
+}
+
+void SimulatorClass::updateAffectedActions() {
+  CheckReactivationList();
+  RemoveAffectedActions();
+  InsertAffectedActions();
+}
+
+bool SimulatorClass::chooseNextEvent() {
+  NextEvent = TheEventList->Earliest();
+  if (NextEvent == nullptr) {
+    return false;
+  }
+  const Event* const event = *NextEvent;
+  if (event == nullptr) [[unlikely]] {
+    std::cerr << "ERROR: no event can be chosen after t=" << CurrentTime
+              << ": the activities that fire next tie, and none of them has a positive weight" << std::endl;
+    std::exit(1);
+  }
+  CurrentTime = event->exec_time;
+  CurrAction = event->action_ptr;
+  return true;
+}
+
+short SimulatorClass::GenerateInitialEnabledList() {
+  const int NumGroups = TheModel->getNumGroups();
+  NumInitiallyEnabled = 0;
+  delete[] InitiallyEnabled;
+  InitiallyEnabled = new BaseActionClass*[static_cast<std::size_t>(NumGroups)]();
+  for (int i = 0; i < NumGroups; ++i) {
+    CurrAction = GroupList[i];
+    if (CurrAction->Enabled()) {
+      support::debugLine(3, "Current Action Enabled");
+      InitiallyEnabled[NumInitiallyEnabled] = CurrAction;
+      ++NumInitiallyEnabled;
+      support::debugLine(3, "End if");
+    }
+  }
+  if (NumInitiallyEnabled < NumGroups / 2) {
+    auto* const exact = new BaseActionClass*[static_cast<std::size_t>(NumInitiallyEnabled)]();
+    std::copy_n(InitiallyEnabled, NumInitiallyEnabled, exact);
+    delete[] InitiallyEnabled;
+    InitiallyEnabled = exact;
+  }
+  return 0;
+}
