@@ -1,12 +1,11 @@
 #include "BaseClasses/TraceFileQuorva.h"
 
-#include <memory>
 #include <ostream>
 
 #include "BaseClasses/BaseActionClass.h"
 #include "BaseClasses/BaseModelClass.h"
 #include "BaseClasses/BaseStateVariableClass.h"
-#include "BaseClasses/List.h"
+#include "BaseClasses/TracedModel.h"
 #include "BaseClasses/Traceprintf.h"
 #include "Performance_Variables/PVModel.h"
 
@@ -19,10 +18,6 @@ void writeVariable(std::ostream& stream, const char* indent, BaseStateVariableCl
   stream << indent << variable->getFullyQualifiedName() << " = ";
   variable->printStateVal(&stream);
   stream << std::endl;
-}
-
-BaseModelClass* modelOf(BaseActionClass* action) {
-  return static_cast<BaseModelClass*>(action->TheModel);
 }
 
 }  // namespace
@@ -67,14 +62,8 @@ void TraceFileQuorva::printState(BaseModelClass* model) {
     return;
   }
   *tracefileout << "  Model: (" << model->getId() << ")" << model->getName() << std::endl;
-  if (BaseStateVariableClass** const variables = model->GetLocalStateVariables(tracefileout); variables != nullptr) {
-    for (int i = 0; i < model->NumStateVariables; ++i) {
-      const std::unique_ptr<List<BaseStateVariableClass>> leaves(variables[i]->getLeafNodes());
-      for (int leaf = 0; leaf < leaves->getNumItems(); ++leaf) {
-        writeVariable(*tracefileout, "    ", leaves->getItem(leaf));
-      }
-    }
-  }
+  support::forEachLeaf(model->GetLocalStateVariables(tracefileout), model->NumStateVariables,
+                       [&](BaseStateVariableClass* leaf) { writeVariable(*tracefileout, "    ", leaf); });
   for (int i = 0; i < model->GetNumberOfChildren(); ++i) {
     printState(model->GetChild(i));
   }
@@ -84,7 +73,7 @@ void TraceFileQuorva::printFireAction(BaseActionClass* action, double time) {
   if (tracefileout == nullptr || TraceLevel <= 0) {
     return;
   }
-  BaseModelClass* const model = modelOf(action);
+  BaseModelClass* const model = support::modelOf(action);
   *tracefileout << "#### Firing: " << time << "  Action: (" << model->getId() << ")" << model->getName() << "->"
                 << action->ActionName << std::endl;
 }
@@ -104,8 +93,8 @@ void TraceFileQuorva::printPostFireAction(BaseActionClass* first, BaseActionClas
   if (tracefileout == nullptr || TraceLevel <= 0) {
     return;
   }
-  *tracefileout << "#### After: (" << modelOf(first)->getId() << ")" << first->ActionName << "->" << second->ActionName
-                << std::endl;
+  *tracefileout << "#### After: (" << support::modelOf(first)->getId() << ")" << first->ActionName << "->"
+                << second->ActionName << std::endl;
   if (TraceLevel > 1) {
     *tracefileout << "Affected state after firing: " << std::endl;
     for (int i = 0; i < second->getNumAffectedSVs(); ++i) {

@@ -20,6 +20,7 @@
 #include "BaseClasses/StandardErrors.h"
 #include "BaseClasses/TraceFileContainer.h"
 #include "BaseClasses/TraceFileQuorva.h"
+#include "BaseClasses/TraceFileXML.h"
 #include "Performance_Variables/PVModel.h"
 #include "Performance_Variables/PerformanceVariableNode.h"
 #include "Simulator/CPUTime.h"
@@ -201,6 +202,9 @@ void SimulatorClass::createTraceSinks() {
   if (EnableQuorvaTrace) {
     createTextSink();
   }
+  if (EnableXMLTrace) {
+    createXmlSink();
+  }
 }
 
 void SimulatorClass::createTextSink() {
@@ -213,6 +217,17 @@ void SimulatorClass::createTextSink() {
   }
   traceQuorva->setTraceLevel(TraceLevel);
   trace->AddTraceFile(traceQuorva);
+}
+
+void SimulatorClass::createXmlSink() {
+  if (TraceFilename != nullptr) {
+    const std::string name = std::string(TraceFilename) + ".xml";
+    traceXML = support::makeKeptSink<TraceFileXML>(name.c_str());
+  } else {
+    traceXML = support::makeKeptSink<TraceFileXML>(&std::cout);
+  }
+  traceXML->setTraceLevel(TraceLevel);
+  trace->AddTraceFile(traceXML);
 }
 
 void SimulatorClass::obtainStudy() {

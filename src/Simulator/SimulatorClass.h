@@ -324,6 +324,7 @@ class SimulatorClass {
   void createResultFiles();
   void createTraceSinks();
   void createTextSink();
+  void createXmlSink();
   void obtainStudy();
   void requireExperiment();
   void selectPerformanceVariables();
