@@ -25,6 +25,7 @@ need_to_build() {
 need_to_test() {
   need_to_build
   need_command python3 python3
+  need_command xmllint libxml2-utils
   need_header gtest/gtest.h libgtest-dev
   need_header gmock/gmock.h libgmock-dev
   need_header boost/version.hpp libboost-dev

@@ -49,6 +49,9 @@ class RailwayProcessTest : public ::testing::Test {
   /// Checks that the run ended by itself with status 0, and its output.
   static void expectGoodRun(const ProcessResult& run, const std::string& out, const std::string& err = kGoodError);
 
+  /// The path of a file in the test's folder.
+  [[nodiscard]] std::filesystem::path path(const std::string& file) const { return folder_ / file; }
+
   /// The bytes of a file in the test's folder; a failure of the test if there is none.
   [[nodiscard]] std::string contents(const std::string& file) const;
 
