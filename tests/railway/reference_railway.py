@@ -664,13 +664,34 @@ class EventQueue:
 # ---- A run ----------------------------------------------------------------------------------------------------------
 
 
+class Watcher:
+    """Is told of a run as it goes, each time with the marks of that moment. This one does nothing."""
+
+    def batch_starts(self):
+        """The first events are scheduled, the marks are the initial ones."""
+
+    def before_firing(self, time, group):
+        """The group is about to fire; which member it will be is not chosen yet."""
+
+    def after_firing(self, group, activity):
+        """The member has changed the marks."""
+
+    def step_done(self):
+        """The next event is known. Not called when there is none."""
+
+    def batch_ends(self):
+        """No event is left, or the next one lies behind the last stop time."""
+
+
 class Simulation:
-    def __init__(self, parameters, generator, seed, simtest):
+    def __init__(self, parameters, generator, seed, simtest, watcher=None):
+        self.watcher = watcher or Watcher()
         self.railway = Railway(parameters)
         self.random = GENERATORS[generator](seed or DEFAULT_SEED)
         self.queue = EventQueue()
         self.fired = 0
         activities, groups = [], []
+        self.activities = activities
         parts = [(train, TRAIN_ACTIVITIES, TRAIN_GROUPS) for train in range(parameters["nTrains"])]
         parts.append((None, TRACKSIDE_ACTIVITIES, TRACKSIDE_GROUPS))
         for owner, names, scheduled in parts:
@@ -691,13 +712,16 @@ class Simulation:
             group.enabled()
             group.enabled()
             self.schedule(0.0, group)
+        self.watcher.batch_starts()
         event = self.queue.earliest(self.random)
         while event is not None and event[0] <= max(STOP_TIMES):
             time, group = event
             self.queue.remove(group)
             self.railway.now = time
+            self.watcher.before_firing(time, group)
             activity = group.choose(self.random)
             activity.fire()
+            self.watcher.after_firing(group, activity)
             self.fired += 1
             if activity.name == "trainExits":
                 exits.append(time)
@@ -708,6 +732,9 @@ class Simulation:
                 if touched.enabled() and touched.slot is None:
                     self.schedule(time, touched)
             event = self.queue.earliest(self.random)
+            if event is not None:
+                self.watcher.step_done()
+        self.watcher.batch_ends()
         self.railway.reset()
         return exits
 
