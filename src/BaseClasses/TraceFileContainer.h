@@ -16,6 +16,8 @@ class TraceFileContainer : public TraceFile {
   TraceFileContainer() = default;
 
   int AddTraceFile(TraceFile* sink);
+  /// Whether any call would reach a sink. The event step asks, so that a run without a trace pays for no call.
+  [[nodiscard]] bool hasSinks() const { return !traceFileVec.empty(); }
   /// Does nothing: a sink stays for the whole run.
   int RemoveTraceFile(TraceFile* sink);
   /// Sets the reward model that the sinks are shown.

@@ -21,6 +21,12 @@
 
 namespace {
 
+#ifdef QUORVA_STEP_WITHOUT_TRACE
+constexpr bool kTraceCalls = false;  // for scripts/check-trace-cost alone, which compares the two
+#else
+constexpr bool kTraceCalls = true;
+#endif
+
 constexpr std::string_view kInvalidParametersTag = "INVALID_DIST_PARAMS:";
 
 PAddress& addressOf(BaseActionClass* group) {
@@ -136,8 +142,11 @@ void SimulatorClass::InsertAffectedActions() {
 void SimulatorClass::fireNextEvent() {
   TheEventList->Remove(NextEvent);
   TheModel->Accumulate(CurrentTime);  // on the marking before the firing
-  trace->printPreFireAction(CurrAction);
-  trace->printFireAction(CurrAction, CurrentTime);
+  const bool traced = kTraceCalls && trace->hasSinks();
+  if (traced) [[unlikely]] {
+    trace->printPreFireAction(CurrAction);
+    trace->printFireAction(CurrAction, CurrentTime);
+  }
   TempAction = TheModel->FireAction(CurrAction, CurrentTime);
   if (TempAction == nullptr) [[unlikely]] {
     std::cerr << "ERROR: firing \"" << CurrAction->ActionName << "\" at t=" << CurrentTime
@@ -145,7 +154,9 @@ void SimulatorClass::fireNextEvent() {
     std::exit(1);
   }
   ++_fireActionCount;
-  trace->printPostFireAction(CurrAction, TempAction);
+  if (traced) [[unlikely]] {
+    trace->printPostFireAction(CurrAction, TempAction);
+  }
   if (GlobalDebugLevel != 0) [[unlikely]] {
     support::debugLine(GlobalDebugLevel - 1, "Starting to look at the other actions that are affected by the firing");
   }

@@ -144,6 +144,14 @@ TEST_F(TraceFileContainerTest, ASinkCannotBeRemoved) {
   EXPECT_EQ(calls, both("newBatch"));
 }
 
+TEST_F(TraceFileContainerTest, TellsWhetherThereIsASinkToCall) {
+  EXPECT_FALSE(container.hasSinks());
+  container.AddTraceFile(&first);
+  EXPECT_TRUE(container.hasSinks());
+  container.RemoveTraceFile(&first);  // which does nothing
+  EXPECT_TRUE(container.hasSinks());
+}
+
 TEST_F(TraceFileContainerTest, ASinkAddedTwiceIsCalledTwice) {
   container.AddTraceFile(&first);
   container.AddTraceFile(&first);
