@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <deque>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <ostream>
-#include <string>
 #include <utility>
 
 #include "BaseClasses/BaseActionClass.h"
@@ -265,30 +266,35 @@ bool TraceFileXML::addUsedStateName(const char* name, int parentId, int id) {
     }
   }
   UsedStateNames.push_back(support::copyOfText(name));
+  usedNames_.insert(UsedStateNames.back());
   UsedStateNamesIds.push_back({id});
   return true;
 }
 
 bool TraceFileXML::inUsedStateName(const char* name) const {
-  return std::ranges::any_of(UsedStateNames, [name](const char* used) { return equalTexts(used, name); });
+  return usedNames_.contains(name);
 }
 
 void TraceFileXML::insertIntoModelMap(const BaseModelClass* model, std::unique_ptr<Variables> declared) {
-  const auto follows = [model](const DeclaredVariables& entry) { return comp()(model, entry.first); };
-  ModelMap.emplace(std::ranges::find_if(ModelMap, follows), model, std::move(declared));
+  // The first place whose holder the model goes in front of.
+  const auto placeIn = [model](auto& models, auto modelOf) {
+    return std::ranges::find_if(models, [&](const auto& entry) { return comp()(model, modelOf(entry)); });
+  };
+  for (BaseStateVariableClass* const variable : *declared) {
+    std::deque<const BaseModelClass*>& models = declarers_[variable->getFullyQualifiedName()];
+    models.insert(placeIn(models, std::identity()), model);
+  }
+  const auto place = placeIn(ModelMap, [](const DeclaredVariables& entry) { return entry.first; });
+  ModelMap.emplace(place, model, std::move(declared));
 }
 
 int TraceFileXML::getModelMap(const char* name, int id) const {
-  const std::string wanted = name;  // a copy: the variables below hand their names out of buffers, `name` being one
-  for (const auto& [model, variables] : ModelMap) {
-    const bool declares = model->Id <= id && std::ranges::any_of(*variables, [&](BaseStateVariableClass* variable) {
-                            return wanted == variable->getFullyQualifiedName();
-                          });
-    if (declares) {
-      return model->Id;
-    }
+  const auto found = declarers_.find(name);
+  if (found == declarers_.end()) {
+    return kNoProcess;
   }
-  return kNoProcess;
+  const auto declarer = std::ranges::find_if(found->second, [id](const auto* model) { return model->Id <= id; });
+  return declarer == found->second.end() ? kNoProcess : (*declarer)->Id;
 }
 
 std::ostream& TraceFileXML::out() const {

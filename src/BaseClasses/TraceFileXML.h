@@ -3,6 +3,10 @@
 #include <deque>
 #include <iosfwd>
 #include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -88,4 +92,7 @@ class TraceFileXML : public TraceFile {
   double LastActionTime = 0.0;                      // simulated time of the latest firing traced
   std::deque<DeclaredVariables> ModelMap;           // in the order of comp: borrowed models, each with the borrowed
                                                     // variables that it declared
+  // Indexes, so that large models are traced in a time that grows with their traces alone.
+  std::unordered_set<std::string_view> usedNames_;                                // views of UsedStateNames
+  std::unordered_map<std::string, std::deque<const BaseModelClass*>> declarers_;  // by name, in the order of ModelMap
 };

@@ -15,6 +15,7 @@
 #include "BaseClasses/ProcessId.h"
 #include "BaseClasses/StandardErrors.h"
 #include "BaseClasses/TraceFileQuorva.h"
+#include "BaseClasses/TraceFileXML.h"
 #include "Simulator/EngineTest.h"
 #include "Simulator/EventList.h"
 #include "Simulator/LaggedFibonacci.h"
@@ -456,6 +457,7 @@ TEST_F(SimulatorClassTest, WithoutATraceThereIsNoSink) {
   const ScratchFolder folder;
   outputOfStart({"-N1"});
   EXPECT_EQ(simulator->traceQuorva, nullptr);
+  EXPECT_EQ(simulator->traceXML, nullptr);
   EXPECT_EQ(simulator->trace->PVmodel, nullptr);
 }
 
@@ -465,6 +467,23 @@ TEST_F(SimulatorClassTest, TheXmlTraceAloneMakesNoTextTrace) {
   EXPECT_EQ(simulator->traceQuorva, nullptr);
   EXPECT_FALSE(std::filesystem::exists(folder.at("trace.txt")));
   EXPECT_EQ(simulator->trace->PVmodel, simulator->TheModel);
+  EXPECT_THAT(contentOf(folder.at("trace.xml")), StartsWith("<?xml version=\"1.0\" encoding=\"utf-8\" ?>\n"));
+}
+
+TEST_F(SimulatorClassTest, BothTracesHaveTheLevelThatWasAskedFor) {
+  const ScratchFolder folder;
+  outputOfStart({"-m", "-x", "-l3", "-f", folder.at("trace")});
+  ASSERT_NE(simulator->traceQuorva, nullptr);
+  ASSERT_NE(simulator->traceXML, nullptr);
+  EXPECT_EQ(simulator->traceQuorva->getTraceLevel(), 3);
+  EXPECT_EQ(simulator->traceXML->getTraceLevel(), 3);
+  EXPECT_EQ(simulator->trace->getTraceLevel(), 3);
+}
+
+TEST_F(SimulatorClassTest, AnXmlTraceWithoutAFileGoesToStandardOutputWithoutSayingSo) {
+  EXPECT_THAT(outputOfStart({"-x"}),
+              MatchesRegex("<\\?xml(.|\n)*<Sequence type=\"StateActionType\">\nGenerateConnectivityList(.|\n)*"));
+  EXPECT_EQ(simulator->traceXML->getTraceLevel(), 1);
 }
 
 TEST_F(SimulatorClassTest, DebugLinesTellOfTheStepsOfSettingUp) {
