@@ -91,7 +91,7 @@ TEST_F(RailwayTraceTest, ATraceNeedsNoMoreThanItsFileNameOrItsLevel) {
 }
 
 TEST_F(RailwayTraceTest, ATraceDoesNotChangeTheRun) {
-  const std::vector<std::string> run{"-N20", "-O", "s:nTrains:2:d:netNotDeliveryProb:0.5", "-a"};
+  const std::vector<std::string> run{"-N5", "-O", "s:nTrains:2:d:netNotDeliveryProb:0.5", "-a"};
   const auto observations = [&](const std::string& name, const std::vector<std::string>& traces) {
     std::vector<std::string> arguments = run;
     arguments.push_back(name);
