@@ -36,6 +36,18 @@ std::uint32_t seedInUse(std::uint32_t seed) {
   return seed == 0 ? SimulatorClass::DEFAULT_SEED : seed;
 }
 
+/// Closes a file for good. What could not be written is lost, also when there is room again by now: a part of it may stand
+/// in the file already, and all of it would follow that part.
+void closeFile(std::ofstream& stream) {
+  struct Buffer : std::filebuf {
+    static void drop(std::filebuf& buffer) { (buffer.*(&Buffer::setp))(nullptr, nullptr); }
+  };
+  if (stream.fail()) {
+    Buffer::drop(*stream.rdbuf());
+  }
+  stream.close();
+}
+
 /// Collects lines and writes them to a stream in large pieces, the last one at the end of its scope.
 class LineWriter {
  public:
@@ -83,7 +95,7 @@ std::ofstream* SimulatorClass::CreateAsciiFile(const char* /*name*/) {
 void SimulatorClass::CloseAsciiFile(std::ofstream& stream) {
   stream << "#META_DATA,"
          << "BATCHES=" << BatchRuns << '\n';
-  stream.close();
+  closeFile(stream);
 }
 
 void SimulatorClass::OutputDataCSV(std::ostream& ostr, DataPacket* dp, DataPacket* dpsqr) {
@@ -146,7 +158,7 @@ void SimulatorClass::UpdateBinFileHeader(std::ofstream& stream) {
 
 void SimulatorClass::CloseBinFile(std::ofstream& stream) {
   UpdateBinFileHeader(stream);
-  stream.close();
+  closeFile(stream);
 }
 
 std::string SimulatorClass::CreateBinFileHeader(int fileVersion) {

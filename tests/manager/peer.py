@@ -212,6 +212,9 @@ class RailwayCase(unittest.TestCase):
     def file(self, name):
         return (self.folder / name).read_bytes()
 
+    def file_size(self, name):
+        return (self.folder / name).stat().st_size
+
     def binary(self, name):
         return wire.read_binary(self.file(name))
 
@@ -221,7 +224,7 @@ class RailwayCase(unittest.TestCase):
     def reference(self, *options):
         """Data messages of the same command line run alone: what every run of it must tell."""
         railway = self.railway(*options, "-b", "reference.bin", alone=True)
-        self.assertEqual(railway.wait(), 0)
+        self.assertEqual(railway.wait(), 0, railway.errors())
         file = self.binary("reference.bin")
         self.assertEqual(file.rest, b"")
         return file.messages
@@ -229,8 +232,9 @@ class RailwayCase(unittest.TestCase):
     def expect_end(self, railway, errors="", at_close=""):
         """Waits for the end of a run, which must be a good one with exactly these words on standard error: `errors` in
         the run, `at_close` when the simulator is taken down."""
-        self.assertEqual(railway.wait(), 0)
+        status = railway.wait()
         written = railway.errors()
+        self.assertEqual(status, 0, written)
         if IS_WRAPPED:  # the other program has words of its own there
             self.assertIn(ENDED_WELL + "\n", written)
         else:

@@ -15,7 +15,7 @@ import time
 import unittest
 
 from peer import RailwayCase
-from test_signals import SignalCase, ALIVE, DETACH, LOSSY
+from test_signals import SignalCase, ALIVE, DETACH, LOSSY, QUIT
 import wire
 
 FILES = ["-a", "own.csv", "-b", "own.bin"]
@@ -305,15 +305,40 @@ class FullDisk(FaultCase):
         self.expect_end(railway)
         self.assertEqual((len(self.ascii("own.csv").lines), self.ascii("own.csv").batches), (1100, 100))
 
-    def test_at_the_greatest_length_of_a_file(self):
-        room = 5000
+    @staticmethod
+    def with_room(room):
+        """Settings for a process whose files have room for so many bytes."""
 
         def limit():
             signal.signal(signal.SIGXFSZ, signal.SIG_IGN)  # a write beyond the limit fails like one to a full disk
-            resource.setrlimit(resource.RLIMIT_FSIZE, (room, room))
+            resource.setrlimit(resource.RLIMIT_FSIZE, (room, resource.RLIM_INFINITY))
 
-        reports = self.expect_all_but_the_binary_file("own.bin", preexec_fn=limit, restore_signals=False)
+        return {"preexec_fn": limit, "restore_signals": False}
+
+    def test_at_the_greatest_length_of_a_file(self):
+        room = 5000
+        reports = self.expect_all_but_the_binary_file("own.bin", **self.with_room(room))
         self.expect_beginning(self.file("own.bin"), reports, room)
+
+    def test_room_that_comes_too_late_is_not_written_to(self):
+        room = 5000
+        reports = self.reference(*self.OPTIONS)
+        railway = self.railway("-n", "10", LOSSY, *FILES, **self.with_room(room))
+        manager = self.manager(railway)
+        while min(self.file_size("own.bin"), self.file_size("own.csv")) < room:
+            manager.message()
+        for _ in range(4):  # the report that found no room is behind it then
+            manager.message()
+        resource.prlimit(railway.process.pid, resource.RLIMIT_FSIZE, (resource.RLIM_INFINITY, resource.RLIM_INFINITY))
+        manager.send(QUIT)
+        manager.messages()
+        self.expect_end(railway)
+        self.expect_beginning(self.file("own.bin"), reports, room)
+        self.assertEqual(self.file_size("own.csv"), room)
+        lines = [line for report in reports for line in wire.ascii_lines(report)]
+        *written, cut = self.file("own.csv").decode().split("\n")[2:]
+        self.assertEqual(written, lines[: len(written)])
+        self.assertTrue(lines[len(written)].startswith(cut))
 
     def test_on_a_small_file_system(self):
         room = 4096
