@@ -38,6 +38,11 @@ void closeDescriptor(std::int32_t descriptor) {
 int lastFailure() {
   return WSAGetLastError();
 }
+/// True if a connection that receives nothing any more was broken off, and not ended in order. Windows has each receive
+/// fail then; under Wine a select uses the failure up, and only a send, if of nothing, still meets it.
+bool isBrokenOff(std::int32_t descriptor) {
+  return send(handleOf(descriptor), "", 0, 0) == -1;
+}
 constexpr int kSendFlags = 0;
 using AddressLength = int;
 using DataLength = int;
@@ -234,8 +239,14 @@ bool QuorvaSocket::Listen(int backlog) {
 }
 
 int QuorvaSocket::Recv(char* buffer, int length) {
-  return static_cast<int>(
+  const auto count = static_cast<int>(
       untilNotInterrupted([&] { return recv(handleOf(_socket), buffer, static_cast<DataLength>(length), 0); }));
+#ifdef _WIN32
+  if (count == 0 && isBrokenOff(_socket)) {
+    return -1;
+  }
+#endif
+  return count;
 }
 
 int QuorvaSocket::RecvBlock(char* buffer, int length) {

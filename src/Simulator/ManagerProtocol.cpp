@@ -20,6 +20,7 @@
 #include "BaseClasses/ProcessId.h"
 #include "BaseClasses/QuorvaQueue.h"
 #include "BaseClasses/QuorvaSocket.h"
+#include "BaseClasses/QuorvaThread.h"
 #include "Simulator/DataPacket.h"
 #include "Simulator/ParseInt32.h"
 #include "Simulator/SimulatorClass.h"
@@ -41,6 +42,8 @@ constexpr int kDataHeadLength = 9;
 constexpr int kRecordHeadLength = 7;
 constexpr int kDetachTextLength = 512;
 
+constexpr std::int32_t kPorts = 65536;
+constexpr int kPauseBetweenPortsMs = 100;
 constexpr int kBacklog = 100;
 constexpr int kReportsNeverHeld = 10;
 constexpr double kSecondsOfFastReport = 0.2;
@@ -77,11 +80,18 @@ QuorvaSocket* SimulatorClass::WaitForSimMgrConnection(int timeout_ms) {
   ConnectionSocket = new QuorvaSocket(true);
   auto connection = std::make_unique<QuorvaSocket>(false);
 
-  // On purpose: any failure moves on to the next port, and there is no last one.
-  while (!ConnectionSocket->Bind(SocketPort)) {
-    ++SocketPort;
-  }
+  // On purpose: any failure moves on to the next port, and there is no last one. Once all have failed, as they do for a
+  // process that has no descriptor left, the search goes on at a pace that costs next to no processor time.
   // Ports from 32768 on stand in SocketPort as negative numbers.
+  std::int32_t untried = kPorts;
+  while (!ConnectionSocket->Bind(static_cast<std::uint16_t>(SocketPort))) {
+    ++SocketPort;
+    if (untried > 0) {
+      --untried;
+    } else {
+      QuorvaThread::Sleep(kPauseBetweenPortsMs);
+    }
+  }
   std::cout << "REGISTER:  Port: [" << static_cast<std::uint16_t>(SocketPort) << "]" << std::endl;
   ConnectionSocket->Listen(kBacklog);
 
