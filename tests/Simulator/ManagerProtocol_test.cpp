@@ -338,7 +338,7 @@ class ConnectedTest : public ManagerProtocolTest {
   SimulatorProbe& startConnected(int numPVs, std::vector<std::string> words = {"-N1"}) {
     SimulatorProbe& probe = start(numPVs, std::move(words));
     const int port = support::bindToFreePort(listener, support::processId());
-    auto accepted = std::make_unique<SocketProbe>(false);
+    auto accepted = std::make_unique<QuorvaSocket>(false);
     EXPECT_TRUE(listener.Listen(5));
     EXPECT_TRUE(manager.Connect("127.0.0.1", port));
     EXPECT_TRUE(listener.Accept(*accepted));
@@ -372,7 +372,7 @@ class ConnectedTest : public ManagerProtocolTest {
 
   SocketProbe listener{true};
   SocketProbe manager{true};
-  SocketProbe* simulatorSide = nullptr;  // borrowed from the simulator
+  QuorvaSocket* simulatorSide = nullptr;  // borrowed from the simulator
 };
 
 TEST_F(ConnectedTest, AReportIsAProcessorTimeMessageAndADataMessage) {
@@ -422,8 +422,8 @@ TEST_F(ConnectedTest, ALostConnectionStopsTheRun) {
 TEST_F(ConnectedTest, AShortSendCountsAsAWholeOne) {
   SimulatorProbe& probe = startConnected(1);
   const int size = 1;  // the system makes it its least
-  ASSERT_EQ(setsockopt(simulatorSide->_socket, SOL_SOCKET, SO_SNDBUF, &size, sizeof size), 0);
-  ASSERT_EQ(fcntl(simulatorSide->_socket, F_SETFL, O_NONBLOCK), 0);
+  ASSERT_EQ(setsockopt(SocketProbe::descriptorOf(*simulatorSide), SOL_SOCKET, SO_SNDBUF, &size, sizeof size), 0);
+  ASSERT_EQ(fcntl(SocketProbe::descriptorOf(*simulatorSide), F_SETFL, O_NONBLOCK), 0);
   std::vector<double> values(4 << 20, 1.0);  // far beyond what the buffers of a connection hold
   const int count = static_cast<int>(values.size());
   std::ostringstream stream;
@@ -613,7 +613,7 @@ TEST_F(ConnectedTest, AFailedReadIsIgnoredByItself) {
 
 TEST_F(ConnectedTest, AFailedReadAfterAnEarlierErrorStopsTheRun) {
   SimulatorProbe& probe = startConnected(1);
-  simulatorSide->ErrorString = "an earlier failure";
+  SocketProbe::errorStringOf(*simulatorSide) = "an earlier failure";
   reset(manager);
   EXPECT_EQ(listen(), "Error reading socket 'read'... Exiting.\n");
   EXPECT_EQ(probe.SimControl, SimulatorClass::STOPHARD);
@@ -635,8 +635,7 @@ TEST_F(ConnectedTest, TheLoopEndsWhenTheManagerDetaches) {
   EXPECT_EQ(probe.SimControl, SimulatorClass::GO);
 }
 
-// ---- The output entry on a thread of its own
-// ----------------------------------------------------------------------------
+// ---- The output entry on a thread of its own -------------------------------------------------------------------------
 
 TEST_F(ConnectedTest, TheOutputEntryWritesWhatWaitsBesideATakerOfUsedPackets) {
   SimulatorProbe& probe = startConnected(1);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 #include "BaseClasses/QuorvaSocket.h"
@@ -12,6 +13,10 @@ class SocketProbe : public QuorvaSocket {
   using QuorvaSocket::_socket;
   using QuorvaSocket::ErrorString;
   using QuorvaSocket::QuorvaSocket;
+
+  /// The same of a socket that is no probe, such as one that its owner deletes as what it is.
+  static std::int32_t& descriptorOf(QuorvaSocket& socket) { return socket.*(&SocketProbe::_socket); }
+  static const char*& errorStringOf(QuorvaSocket& socket) { return socket.*(&SocketProbe::ErrorString); }
 };
 
 /// Binds `socket` to a free port and gives it; different processes begin to look in different places.
