@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#ifndef _WIN32
 #include <mutex>
+#endif
 
 /// A lock that one thread holds at a time. Not recursive: a thread that holds it must not get it again.
 ///
@@ -10,20 +12,30 @@
 /// Mutexes are made on one thread, as the counter behind the names is not guarded.
 class QuorvaMutex {
  public:
+  /// A lock that nobody holds. Throws std::system_error when the system has none to give.
   QuorvaMutex();
   QuorvaMutex(const QuorvaMutex&) = delete;
   QuorvaMutex& operator=(const QuorvaMutex&) = delete;
-  ~QuorvaMutex() = default;
+  ~QuorvaMutex();
 
   /// Takes the lock; waits for it without limit.
-  void Get() { _mutex.lock(); }
+  void Get();
   /// Gives the lock back. Requires: this thread holds it.
-  void Release() { _mutex.unlock(); }
+  void Release();
+
+#ifdef _WIN32
+  /// The system's handle, for calls that wait for the lock and do more in one; borrowed.
+  [[nodiscard]] void* handle() const { return _mutex; }
+#endif
 
  protected:
   char _name[64] = {};                       // "mutex" and the number of this one
   static inline std::int32_t _globalID = 0;  // mutexes made so far in the process
+#ifdef _WIN32
+  void* _mutex = nullptr;  // owned: the system's handle
+#else
   std::mutex _mutex;
+#endif
 };
 
 namespace support {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#ifndef _WIN32
 #include <thread>
+#endif
 
 /// Entry of a thread: takes the data given to QuorvaThread; nothing reads the result.
 using THREADFUNC = std::uint32_t (*)(void*);
@@ -27,5 +29,9 @@ class QuorvaThread {
   THREADFUNC _threadFunc = nullptr;
   std::uint32_t* _threadID = nullptr;  // borrowed: where the system's thread number is to go; null, nobody asks for it
   void* _threadData = nullptr;         // borrowed from whoever made the thread
+#ifdef _WIN32
+  void* _threadHandle = nullptr;  // owned: the system's handle
+#else
   std::thread _threadHandle;
+#endif
 };

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -15,7 +16,7 @@ class CondProbe : public QuorvaCond {
   using QuorvaCond::_was_broadcast;
 
   int waiters() {
-    const std::lock_guard<std::mutex> lock(_waiters_count_lock);
+    const std::lock_guard lock(_waiters_count_lock);
     return _waiters_count;
   }
   void awaitWaiters(int count) {
