@@ -91,6 +91,22 @@ class Manager:
             except EOFError:
                 return found
 
+    def rest(self):
+        """All bytes up to the railway's end."""
+        data = bytearray()
+        while part := self.socket.recv(self.piece):
+            data += part
+        return bytes(data)
+
+    def messages_of_a_poor_listener(self):
+        """All messages up to the end of a railway that leaves bytes unread, so that its system resets the connection."""
+        found = []
+        while True:
+            try:
+                found.append(self.message())
+            except (EOFError, ConnectionResetError):  # it has said first, in good order, that there is no more
+                return found
+
     def close(self):
         self.socket.close()
 
@@ -111,12 +127,13 @@ class Railway:
         self.folder = folder
         if not alone:
             options = ["-w", "-p" + str(first_port() if port is None else port), *options]
-        self.error_file = open(folder / f"stderr{time.monotonic_ns()}", "w+b")
+        self.error_file = open(folder / f"stderr{time.monotonic_ns()}", "wb")
         environment = {name: value for name, value in os.environ.items() if name != "SIMTEST"}
         self.process = subprocess.Popen(
             [*RAILWAY, *options], cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
             stderr=self.error_file, **popen)
         self.lines = []
+        self.reader = None
         self.watchdog = threading.Timer(LONGEST, self.process.kill)
         self.watchdog.start()
         self.port = None if alone else self.registered_port()
@@ -141,14 +158,31 @@ class Railway:
         self.lines.append(line.decode().removesuffix("\n"))
         return self.lines[-1]
 
+    def hold_in_batch(self, number):
+        """Reads its trace up to the beginning of this batch, counted from 1. As it then finds no room for more, it waits
+        in this batch or the next one, until it is let go."""
+        while number > 0:
+            number -= self.next_line() == "##### NEW BATCH #####"
+
+    def let_go(self):
+        """Reads on in its trace, up to its end."""
+        self.reader = threading.Thread(target=self.read_on)
+        self.reader.start()
+
+    def read_on(self):
+        while self.next_line() is not None:
+            pass
+
     def errors(self):
-        self.error_file.seek(0)
-        return self.error_file.read().decode(errors="replace").replace("\r\n", "\n")
+        # Not through the file that is open already: it shares its place with the process that writes there.
+        written = pathlib.Path(self.error_file.name).read_bytes()
+        return written.decode(errors="replace").replace("\r\n", "\n")
 
     def wait(self):
         """Status of its end."""
-        while self.next_line() is not None:
-            pass
+        if self.reader:
+            self.reader.join()
+        self.read_on()
         status = self.process.wait()
         self.watchdog.cancel()
         return status
@@ -175,6 +209,8 @@ class Railway:
             self.process.kill()
         self.process.wait()
         self.watchdog.cancel()
+        if self.reader:
+            self.reader.join()
         self.process.stdout.close()
         self.error_file.close()
 

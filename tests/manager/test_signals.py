@@ -13,6 +13,8 @@ LOSSY = "-Od:netNotDeliveryProb:0.8"
 FIVE_REPORTS = ["-N", "50", "-n", "10", LOSSY]
 FIRST_MIDDLE_LAST = [1, 3, 5]
 ALIVE, QUIT, DETACH = b"\1", b"\2", b"\3"
+# Closing what the other side has broken off tells so.
+NOT_CONNECTED = "error in shutdown.  errno=107\n"
 
 
 class SignalCase(RailwayCase):
@@ -59,13 +61,8 @@ class AreYouThere(SignalCase):
     def test_more_signals_than_reports_are_left_unread(self):
         reports = self.reference(*FIVE_REPORTS)
         railway, manager = self.start(FIVE_REPORTS, ALIVE * 9)
-        messages = []
-        try:
-            while True:
-                messages.append(manager.message())
-        except (EOFError, ConnectionResetError):  # a connection closed with bytes unread is reset
-            pass
-        self.expect_stream(messages, railway, reports, {number: wire.ALIVE for number in range(1, 6)})
+        answers = {number: wire.ALIVE for number in range(1, 6)}
+        self.expect_stream(manager.messages_of_a_poor_listener(), railway, reports, answers)
         self.expect_end(railway)
 
     def test_one_at_a_time_amid_a_run_without_end(self):
@@ -101,6 +98,31 @@ class Quit(SignalCase):
             self.assertEqual(len(self.ascii("own.csv").lines), 11 * 10 * report)
 
         self.for_each_position(check)
+
+    def test_what_comes_with_it_is_left_unread(self):
+        reports = self.reference(*FIVE_REPORTS)
+
+        def check(report, before, answers):
+            for behind in [ALIVE, QUIT, DETACH + b"other.bin;70;;", b"x"]:
+                railway, manager = self.start([*FIVE_REPORTS, "-b", "own.bin"], before + QUIT + behind)
+                messages = manager.messages_of_a_poor_listener()
+                self.expect_stream(messages, railway, reports[:report], answers | {report: wire.QUITTING})
+                self.expect_end(railway)
+                self.assertEqual(self.binary("own.bin").messages, reports[:report])
+                self.assertFalse((self.folder / "other.bin").exists())
+
+        self.for_each_position(check)
+
+    def test_of_a_manager_that_does_not_wait_for_the_answer(self):
+        railway = self.railway("-n", "10", LOSSY, "-a", "own.csv", "-m", pipesize=4096)
+        manager = self.manager(railway)
+        self.expect_status(manager.message(), railway, wire.GREETING)
+        railway.hold_in_batch(5)
+        manager.send(QUIT)
+        manager.reset()
+        railway.let_go()
+        self.expect_end(railway, at_close=NOT_CONNECTED)
+        self.assertEqual(self.ascii("own.csv").batches, 10)
 
     def test_drops_the_reports_held_back(self):
         reports = self.reference("-n", "1", "-N", "15", LOSSY)
@@ -221,22 +243,52 @@ class Detach(SignalCase):
                 self.assertEqual(self.binary("alone.bin").messages, reports)
 
     def test_the_text_may_come_byte_by_byte(self):
-        reports = self.reference("-N", "7", "-n", "2", LOSSY)
-        railway, manager = self.start(["-n", "2", LOSSY], ALIVE * 2 + DETACH)
-        manager.send_bytewise(b"alone.bin;7;;")
-        self.expect_stream(manager.messages(), railway, reports[:2],
-                           {1: wire.ALIVE, 2: wire.ALIVE, 3: wire.DETACHED})
-        self.expect_end(railway)
-        self.assertEqual(self.binary("alone.bin").messages, reports[2:])
+        reports = self.reference("-N", "70", "-n", "10", LOSSY)
 
-    def test_what_stands_behind_the_text_is_left_unread(self):
-        reports = self.reference("-N", "40", "-n", "10", LOSSY)
-        railway, manager = self.start(["-n", "10", LOSSY], DETACH + b"alone.bin;40;;" + QUIT)
+        def check(report, before, answers):
+            for text in [b";70;;", b";;"]:
+                name = f"alone{report}.bin"
+                limit = [] if text == b";70;;" else ["-N", "50"]
+                railway, manager = self.start(["-n", "10", LOSSY, *limit], before + DETACH)
+                manager.send_bytewise(name.encode() + text)
+                self.expect_detached(railway, manager, reports, answers, report)
+                if report < 5 and limit:  # without a limit from here on
+                    self.wait_for(lambda: len(self.messages_in(name)) >= 8 - report)
+                    railway.kill()
+                    self.assertEqual(self.messages_in(name)[: 8 - report], reports[report - 1 :])
+                else:
+                    self.expect_end(railway)
+                    self.assertEqual(self.binary(name).messages, reports[report - 1 : 5 if limit else 7])
+
+        self.for_each_position(check)
+
+    def test_what_comes_with_the_text_is_left_unread(self):
+        reports = self.reference("-N", "70", "-n", "10", LOSSY)
+
+        def check(report, before, answers):
+            for behind in [ALIVE, QUIT, DETACH + b"other.bin;20;;", b";", b"x"]:
+                name = f"alone{report}.bin"
+                railway, manager = self.start(["-n", "10", LOSSY], before + DETACH + f"{name};70;;".encode() + behind)
+                messages = manager.messages_of_a_poor_listener()
+                self.expect_stream(messages, railway, reports[: report - 1], answers | {report: wire.DETACHED})
+                self.expect_end(railway)
+                self.assertNotIn("SOCKET::Quit", railway.lines)
+                self.assertEqual(self.binary(name).messages, reports[report - 1 :])
+                self.assertFalse((self.folder / "other.bin").exists())
+
+        self.for_each_position(check)
+
+    def test_of_a_manager_that_does_not_wait_for_the_answer_ends_the_run(self):
+        reports = self.reference("-n", "10", "-N", "10", LOSSY)
+        railway = self.railway("-n", "10", LOSSY, "-m", pipesize=4096)
+        manager = self.manager(railway)
         self.expect_status(manager.message(), railway, wire.GREETING)
-        self.expect_status(manager.message(), railway, wire.DETACHED)
-        self.expect_end(railway)
-        self.assertNotIn("SOCKET::Quit", railway.lines)
-        self.assertEqual(self.binary("alone.bin").messages, reports)
+        railway.hold_in_batch(5)
+        manager.send(DETACH + b"alone.bin;40;;")
+        manager.reset()
+        railway.let_go()
+        self.expect_end(railway, errors=NOT_CONNECTED)
+        self.assertEqual(self.binary("alone.bin").messages, reports)  # the report that met the signal
 
 
 class UnknownBytes(SignalCase):
