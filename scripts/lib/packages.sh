@@ -40,6 +40,7 @@ wine_server=/usr/lib/wine/wineserver64
 need_windows() {
   need_command x86_64-w64-mingw32-g++-posix g++-mingw-w64-x86-64-posix
   [[ -x $wine ]] || missing_packages+=(wine64)
+  [[ -d /usr/src/googletest/googletest ]] || missing_packages+=(googletest)
   need_command python3 python3
 }
 

@@ -25,7 +25,9 @@ class QuorvaMutex {
 
 #ifdef _WIN32
   /// The system's handle, for calls that wait for the lock and do more in one; borrowed.
-  [[nodiscard]] void* handle() const { return _mutex; }
+  [[nodiscard]] void* handle() const {
+    return _mutex;
+  }
 #endif
 
  protected:

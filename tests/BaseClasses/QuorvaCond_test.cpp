@@ -71,6 +71,24 @@ TEST(QuorvaCondTest, EachSignalLetsOneWaiterThrough) {
   EXPECT_EQ(through, kWaiters);
 }
 
+TEST(QuorvaCondTest, ASignalReachesTheWaiterOfItsTimeAndNoLaterOne) {
+  QuorvaMutex mutex;
+  CondProbe condition;
+  bool isThrough = false;
+  std::thread waiter([&] {
+    const support::MutexHolder holder(mutex);
+    condition.Wait(mutex);
+    isThrough = true;
+    condition.Signal();
+  });
+  condition.awaitWaiters(1);
+  const support::MutexHolder holder(mutex);  // only now does the waiter wait, as it has given the mutex back
+  condition.Signal();
+  condition.Wait(mutex);  // comes too late for that signal
+  EXPECT_TRUE(isThrough);
+  waiter.join();
+}
+
 TEST(QuorvaCondTest, HandsWorkBackAndForthWithoutLosingASignal) {
   constexpr int kRounds = 2000;
   QuorvaMutex mutex;

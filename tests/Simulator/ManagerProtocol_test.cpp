@@ -337,9 +337,14 @@ class ConnectedTest : public ManagerProtocolTest {
   /// A simulator with a manager connected to it.
   SimulatorProbe& startConnected(int numPVs, std::vector<std::string> words = {"-N1"}) {
     SimulatorProbe& probe = start(numPVs, std::move(words));
-    const int port = support::bindToFreePort(listener, support::processId());
+    if (port == 0) {
+      port = support::bindToFreePort(listener, support::processId());
+      EXPECT_TRUE(listener.Listen(5));
+    } else {  // another manager after the first
+      manager.Close();
+      manager._socket = socket(AF_INET, SOCK_STREAM, 0);
+    }
     auto accepted = std::make_unique<QuorvaSocket>(false);
-    EXPECT_TRUE(listener.Listen(5));
     EXPECT_TRUE(manager.Connect("127.0.0.1", port));
     EXPECT_TRUE(listener.Accept(*accepted));
     simulatorSide = accepted.get();
@@ -371,6 +376,7 @@ class ConnectedTest : public ManagerProtocolTest {
   }
 
   SocketProbe listener{true};
+  int port = 0;  // of the listener, once it listens
   SocketProbe manager{true};
   QuorvaSocket* simulatorSide = nullptr;  // borrowed from the simulator
 };
@@ -565,6 +571,31 @@ TEST_F(ConnectedTest, SignalThreeWithoutAFileGoesOnWithoutOne) {
   EXPECT_TRUE(probe.FileBin->fail());
   EXPECT_TRUE(report(0.0));
   EXPECT_EQ(probe.SimControl, SimulatorClass::GO);
+}
+
+TEST_F(ConnectedTest, SignalThreeTakesTheTokensBetweenWhateverSemicolons) {
+  const TemporaryFile file("detached");
+  struct Case {
+    std::string text;
+    const char* name;
+    std::int32_t limit;
+  };
+  const std::string name = file.name();
+  const std::vector<Case> cases = {
+      {";" + name + ";70;;", file.name(), 70},  // one ahead of the first token counts for nothing
+      {name + ";70;80;;", file.name(), 70},     // a third token neither
+      {name + ";many;;", file.name(), 0},       // text that is no number
+      {name + ";-5;;", file.name(), -5},        // no limit either
+      {name + ";70" + std::string(1, '\0') + "9;;", name.c_str(), 70},  // a zero byte ends the text
+  };
+  for (const Case& detach : cases) {
+    SimulatorProbe& probe = startConnected(1, {"-N7"});
+    send("\3" + detach.text);
+    listen();
+    EXPECT_EQ(receive(10), status(255, 3));
+    EXPECT_STREQ(probe.BinFilename, detach.name) << detach.text;
+    EXPECT_EQ(probe.MaxNumOfBatches, detach.limit) << detach.text;
+  }
 }
 
 TEST_F(ConnectedTest, SignalThreeTakesATextOf512BytesAtMost) {

@@ -15,8 +15,8 @@ import sys
 import time
 import unittest
 
-from peer import IS_WRAPPED, RailwayCase
-from test_signals import SignalCase, ALIVE, DETACH, LOSSY, NOT_CONNECTED, QUIT
+from peer import IS_WRAPPED, NOT_CONNECTED, RailwayCase
+from test_signals import SignalCase, ALIVE, DETACH, LOSSY, QUIT
 import wire
 
 FILES = ["-a", "own.csv", "-b", "own.bin"]

@@ -6,15 +6,13 @@ report from the first on, so that a signal behind k - 1 others is the one of rep
 
 import time
 
-from peer import RailwayCase
+from peer import NOT_CONNECTED, RailwayCase
 import wire
 
 LOSSY = "-Od:netNotDeliveryProb:0.8"
 FIVE_REPORTS = ["-N", "50", "-n", "10", LOSSY]
 FIRST_MIDDLE_LAST = [1, 3, 5]
 ALIVE, QUIT, DETACH = b"\1", b"\2", b"\3"
-# Closing what the other side has broken off tells so.
-NOT_CONNECTED = "error in shutdown.  errno=107\n"
 
 
 class SignalCase(RailwayCase):
