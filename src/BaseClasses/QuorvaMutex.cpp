@@ -31,8 +31,6 @@ void QuorvaMutex::Release() {
 
 #else
 
-QuorvaMutex::~QuorvaMutex() = default;
-
 void QuorvaMutex::Get() {
   _mutex.lock();
 }

@@ -16,7 +16,11 @@ class QuorvaMutex {
   QuorvaMutex();
   QuorvaMutex(const QuorvaMutex&) = delete;
   QuorvaMutex& operator=(const QuorvaMutex&) = delete;
+#ifdef _WIN32
   ~QuorvaMutex();
+#else
+  ~QuorvaMutex() = default;
+#endif
 
   /// Takes the lock; waits for it without limit.
   void Get();

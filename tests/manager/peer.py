@@ -139,6 +139,7 @@ class Railway:
         self.watchdog = threading.Timer(LONGEST, self.process.kill)
         self.watchdog.start()
         self.port = None if alone else self.registered_port()
+        self.begun = time.monotonic()
 
     def registered_port(self):
         while True:
@@ -315,6 +316,11 @@ class RailwayCase(unittest.TestCase):
                 self.expect_reports(messages[:2], [reports[number - 1]])
                 del messages[:2]
         self.assertEqual(messages, [])
+
+    def need_held_reports(self, railway):
+        """For Windows, whose clock counts the waiting too: reports are held only in the first two seconds of a run."""
+        if IS_WRAPPED and time.monotonic() - railway.begun > 2:
+            self.skipTest("this machine is too busy for reports to be held")
 
     def expect_stalled(self, railway, seconds=2.0):
         """Checks that the railway waits, and that it does so without using the processor."""

@@ -40,8 +40,10 @@ class FaultCase(SignalCase):
 
     def expect_stream_so_far(self, manager, railway, reports, answers):
         """Checks what a railway that goes on has sent, and that nothing more comes."""
-        count = 1 + len(answers) + 2 * len(reports)
-        self.expect_stream([manager.message() for _ in range(count)], railway, reports, answers)
+        messages = [manager.message() for _ in range(1 + len(answers) + 2 * len(reports))]
+        if len(reports) == 10:  # of more that are held
+            self.need_held_reports(railway)
+        self.expect_stream(messages, railway, reports, answers)
         manager.socket.settimeout(0.2)
         self.assertRaises(TimeoutError, manager.message)
 
@@ -85,11 +87,16 @@ WHILE_REPORTS_ARE_HELD = (["-n", "1"], 13, 10)
 class Goes(FaultCase):
     """The manager goes in each way at each moment of a run, which is held there by the reader of its trace."""
 
-    def start_at(self, moment):
-        """A railway at this moment, before its manager has been there, and all reports of its run."""
+    def start_for(self, moment):
+        """A railway to be held at this moment, and all reports of its run."""
         options, _, _ = moment
         reports = self.reference("-N", "40", *options, LOSSY)
         return self.railway(*options, LOSSY, *FILES, "-m", pipesize=4096), reports
+
+    def hold(self, railway, moment):
+        railway.hold_in_batch(moment[1])
+        if moment is WHILE_REPORTS_ARE_HELD:
+            self.need_held_reports(railway)
 
     def expect_wait(self, railway, reports):
         railway.let_go()
@@ -98,19 +105,19 @@ class Goes(FaultCase):
 
     def expect_wait_without(self, end, moment):
         """Checks a railway whose manager has read all and goes by `end`, as it would in good order."""
-        options, batch, sent = moment
-        railway, reports = self.start_at(moment)
+        sent = moment[2]
+        railway, reports = self.start_for(moment)
         manager = self.manager(railway)
-        railway.hold_in_batch(batch)
+        self.hold(railway, moment)
         self.expect_stream([manager.message() for _ in range(1 + 2 * sent)], railway, reports[:sent], {})
         end(manager)
         self.expect_wait(railway, reports[:sent])
 
     def expect_wait_without_killed(self, moment):
-        options, batch, sent = moment
-        railway, reports = self.start_at(moment)
+        sent = moment[2]
+        railway, reports = self.start_for(moment)
         manager = self.start_process(railway, f"for _ in range({1 + 2 * sent}): manager.message()")
-        railway.hold_in_batch(batch)
+        self.hold(railway, moment)
         self.assertEqual(manager.stdout.readline(), b"ready\n")
         manager.kill()
         manager.wait()
@@ -132,10 +139,10 @@ class Goes(FaultCase):
         self.expect_files(reports[:sent], written, reports[:written])
 
     def expect_broken_off(self, end, moment):
-        options, batch, sent = moment
-        railway, reports = self.start_at(moment)
+        sent = moment[2]
+        railway, reports = self.start_for(moment)
         manager = self.manager(railway)
-        railway.hold_in_batch(batch)
+        self.hold(railway, moment)
         self.expect_stream([manager.message() for _ in range(1 + 2 * sent)], railway, reports[:sent], {})
         end(manager)
         if moment is not WHILE_REPORTS_ARE_HELD:
@@ -174,10 +181,10 @@ class Goes(FaultCase):
         self.expect_wait_without_killed(WHILE_REPORTS_ARE_HELD)
 
     def test_killed_with_reports_unread(self):
-        _, batch, sent = AMID_THE_RUN
-        railway, reports = self.start_at(AMID_THE_RUN)
+        sent = AMID_THE_RUN[2]
+        railway, reports = self.start_for(AMID_THE_RUN)
         manager = self.start_process(railway, "manager.message()")
-        railway.hold_in_batch(batch)
+        self.hold(railway, AMID_THE_RUN)
         self.assertEqual(manager.stdout.readline(), b"ready\n")
         manager.kill()
         manager.wait()

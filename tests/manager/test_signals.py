@@ -126,7 +126,9 @@ class Quit(SignalCase):
         reports = self.reference("-n", "1", "-N", "15", LOSSY)
         railway, manager = self.start(["-n", "1", LOSSY, "-a", "own.csv", "-b", "own.bin"], ALIVE * 14 + QUIT)
         answers = {number: wire.ALIVE for number in range(1, 15)} | {15: wire.QUITTING}
-        self.expect_stream(manager.messages(), railway, reports[:10], answers)
+        messages = manager.messages()
+        self.need_held_reports(railway)
+        self.expect_stream(messages, railway, reports[:10], answers)
         self.expect_end(railway)
         file = self.binary("own.bin")
         self.assertEqual(file.messages, reports[:10])  # the first ten are never held
@@ -137,7 +139,9 @@ class Quit(SignalCase):
         reports = self.reference("-n", "1", "-N", "15", LOSSY)
         railway, manager = self.start(["-n", "1", "-N", "15", LOSSY, "-b", "own.bin"], ALIVE * 14 + QUIT)
         answers = {number: wire.ALIVE for number in range(1, 15)} | {15: wire.QUITTING}
-        self.expect_stream(manager.messages(), railway, reports[:10], answers)
+        messages = manager.messages()
+        self.need_held_reports(railway)
+        self.expect_stream(messages, railway, reports[:10], answers)
         self.expect_end(railway)
         self.assertEqual(self.binary("own.bin").messages, reports[:10])
 
@@ -222,7 +226,9 @@ class Detach(SignalCase):
         reports = self.reference("-n", "1", "-N", "40", LOSSY)
         railway, manager = self.start(["-n", "1", LOSSY], ALIVE * 19 + DETACH + b"alone.bin;40;;")
         answers = {number: wire.ALIVE for number in range(1, 20)} | {20: wire.DETACHED}
-        self.expect_stream(manager.messages(), railway, reports[:10], answers)
+        messages = manager.messages()
+        self.need_held_reports(railway)
+        self.expect_stream(messages, railway, reports[:10], answers)
         self.expect_end(railway)
         self.assertEqual(self.binary("alone.bin").messages, reports[10:])  # 11 to 19 were held when the manager left
 
