@@ -1,17 +1,23 @@
 # What every target of ours is built with: the language, the warnings and the rules that keep a run's bytes the same
 # on every compiler and in every build type.
 
+# The part that a run's bytes depend on. The installed engine passes it on to the models of others.
+add_library(quorva_arithmetic INTERFACE)
+add_library(quorva::arithmetic ALIAS quorva_arithmetic)
+target_compile_features(quorva_arithmetic INTERFACE cxx_std_20)
+# A fused multiply-add rounds once where the written operations round twice, so that its results would depend on the
+# processor and the compiler.
+target_compile_options(quorva_arithmetic INTERFACE -ffp-contract=off)
+
 add_library(project_options INTERFACE)
 add_library(quorva::project_options ALIAS project_options)
-
-target_compile_features(project_options INTERFACE cxx_std_20)
+target_link_libraries(project_options INTERFACE quorva::arithmetic)
 set(CMAKE_CXX_EXTENSIONS OFF)
 
 target_compile_options(project_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Werror
-  # A fused multiply-add rounds once where the written operations round twice, so that its results would depend on the
-  # processor and the compiler.
-  -ffp-contract=off)
+  # A failed check names its source file; where the sources lay when they were compiled stays out of the executables.
+  -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
 
 if(QUORVA_LIBRARY_ASSERTIONS)
   target_compile_definitions(project_options INTERFACE _GLIBCXX_ASSERTIONS)
@@ -34,6 +40,7 @@ endif()
 #
 # One layer of the engine: the static library quorva_<name>, known as quorva::<name>. Its sources may include headers of
 # its own and of the layers it links, directly or through them, and no others; scripts/check-includes holds them to it.
+# Its headers are installed in the folders that they have under src/.
 function(quorva_layer name)
   cmake_parse_arguments(PARSE_ARGV 1 layer "" "" "SOURCES;LINKS")
   add_library(quorva_${name} STATIC ${layer_SOURCES})
@@ -41,4 +48,11 @@ function(quorva_layer name)
   target_include_directories(quorva_${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
   list(TRANSFORM layer_LINKS PREPEND quorva::)
   target_link_libraries(quorva_${name} PUBLIC ${layer_LINKS} PRIVATE quorva::project_options)
+
+  set_property(GLOBAL APPEND PROPERTY QUORVA_LAYERS ${name})
+  if(QUORVA_INSTALL)
+    list(FILTER layer_SOURCES INCLUDE REGEX "\\.h$")
+    cmake_path(RELATIVE_PATH CMAKE_CURRENT_SOURCE_DIR BASE_DIRECTORY "${PROJECT_SOURCE_DIR}/src" OUTPUT_VARIABLE folder)
+    install(FILES ${layer_SOURCES} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/quorva/${folder}")
+  endif()
 endfunction()
