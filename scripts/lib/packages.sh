@@ -26,10 +26,20 @@ need_to_test() {
   need_to_build
   need_command python3 python3
   need_command xmllint libxml2-utils
+  need_command groff groff-base
   need_header gtest/gtest.h libgtest-dev
   need_header gmock/gmock.h libgmock-dev
   need_header boost/version.hpp libboost-dev
   need_header benchmark/benchmark.h libbenchmark-dev
+}
+
+# need_to_package: what making and checking the Debian package takes on top of building.
+need_to_package() {
+  need_to_build
+  need_command python3 python3
+  need_command dpkg-shlibdeps dpkg-dev
+  need_command file file
+  need_command make make
 }
 
 # Wine without its wrappers, which would want the 32-bit one too.
