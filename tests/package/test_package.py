@@ -176,6 +176,10 @@ class OutsideProject(PackageCase):
     def test_its_model_links_with_another_entry(self):
         self.assertEqual(run(self.from_package / "lamp_checks"), "enabled before 1, after 0, mark 0\n")
 
+    def test_is_what_the_readme_shows(self):
+        listing = re.search(r"```cmake\n(.*?)```", (TOP / "README.md").read_text(), re.DOTALL).group(1)
+        self.assertIn(listing, (HERE / "outside/CMakeLists.txt").read_text())
+
     def test_is_compiled_with_what_results_depend_on(self):
         commands = (self.from_package / "compile_commands.json").read_text()
         command = re.search(r'"command": "(.*LampSAN.cpp)"', commands).group(1).split()
