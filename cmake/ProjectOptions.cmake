@@ -36,14 +36,15 @@ if(QUORVA_COVERAGE)
   target_link_options(project_options INTERFACE --coverage)
 endif()
 
-# quorva_layer(<name> SOURCES <file>... [LINKS <layer>...])
+# quorva_layer(<name> SOURCES <file>... [INTERNAL <header>...] [LINKS <layer>...])
 #
 # One layer of the engine: the static library quorva_<name>, known as quorva::<name>. Its sources may include headers of
 # its own and of the layers it links, directly or through them, and no others; scripts/check-includes holds them to it.
-# Its headers are installed in the folders that they have under src/.
+# Its headers are installed in the folders that they have under src/, but for the internal ones, which serve the layer's
+# own sources alone.
 function(quorva_layer name)
-  cmake_parse_arguments(PARSE_ARGV 1 layer "" "" "SOURCES;LINKS")
-  add_library(quorva_${name} STATIC ${layer_SOURCES})
+  cmake_parse_arguments(PARSE_ARGV 1 layer "" "" "SOURCES;INTERNAL;LINKS")
+  add_library(quorva_${name} STATIC ${layer_SOURCES} ${layer_INTERNAL})
   add_library(quorva::${name} ALIAS quorva_${name})
   target_include_directories(quorva_${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
   list(TRANSFORM layer_LINKS PREPEND quorva::)

@@ -20,7 +20,8 @@ BUILD = pathlib.Path(os.environ["QUORVA_BUILD"]).resolve()
 PACKAGE = pathlib.Path(os.environ["QUORVA_PACKAGE"]).resolve()
 VERSION = re.search(r"project\(quorva VERSION ([0-9.]+)", (TOP / "CMakeLists.txt").read_text()).group(1)
 MAJOR, MINOR = (int(part) for part in VERSION.split(".")[:2])
-HEADERS = sorted(file.relative_to(TOP / "src") for file in (TOP / "src").rglob("*.h"))
+INTERNAL = {pathlib.Path("BaseClasses/WindowsHandles.h")}  # for sources alone
+HEADERS = sorted({file.relative_to(TOP / "src") for file in (TOP / "src").rglob("*.h")} - INTERNAL)
 
 
 def run(*command, **options):
