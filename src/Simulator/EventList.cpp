@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
 #include <ostream>
-#include <utility>
 
 #include "Simulator/PAddress.h"
 #include "Simulator/UserDistributions.h"
@@ -13,11 +13,31 @@ namespace {
 /// What IsValid adds to the index of a slot whose group does not point back to it.
 constexpr int kWrongBackPointer = 100000;
 
-constexpr int parentOf(int i) {
-  return (i - 1) >> 1;
-}
-constexpr int leftChildOf(int i) {
+constexpr double kNoTime = std::numeric_limits<double>::quiet_NaN();
+/// Children that the root of a heap of one event would have.
+constexpr std::size_t kMissingChildren = 2;
+
+constexpr std::size_t kCacheLine = 64;
+
+template <typename Index>
+constexpr Index leftChildOf(Index i) {
   return 2 * i + 1;
+}
+/// `i` is not the root.
+constexpr std::size_t parentOf(std::size_t i) {
+  return (i - 1) / 2;
+}
+
+/// The entry of `storage` from which on the root's grandchildren fill one cache line, and with them the four
+/// grandchildren of any other; so the two children of any are never in two lines.
+template <typename Node>
+Node* alignedRoot(std::vector<Node>& storage) {
+  constexpr std::size_t kFirstGrandchild = 3;
+  Node* root = storage.data();
+  while (reinterpret_cast<std::uintptr_t>(root + kFirstGrandchild) % kCacheLine != 0) {
+    ++root;
+  }
+  return root;
 }
 
 PAddress& addressOf(const Event* event) {
@@ -30,6 +50,8 @@ EventList::EventList(int capacityWanted)
     : records_(static_cast<std::size_t>(capacityWanted)),
       slots_(records_.size(), nullptr),
       ties_(records_.size(), 0),
+      nodeStorage_(records_.size() + kMissingChildren + kCacheLine / sizeof(Node), Node{kNoTime, nullptr}),
+      nodes_(alignedRoot(nodeStorage_)),
       capacity(capacityWanted),
       A(slots_.data()),
       Equalities(ties_.data()) {
@@ -47,29 +69,27 @@ void EventList::Insert(Event* e) {
   Event* const record = FreeList.back();
   FreeList.pop_back();
   *record = *e;
-  const int last = size;
-  A[last] = record;
-  addressOf(record).event = &A[last];
+  const std::size_t last = end();
   ++size;
-  BubbleUp(last);
+  BubbleUp(last, record, record->exec_time, &addressOf(record));
 }
 
 void EventList::Remove(Event** slot) {
   FreeList.push_back(*slot);
-  const int i = indexOf(slot);
-  addressOf(*slot).event = nullptr;
+  const std::size_t i = indexOf(slot);
+  nodes_[i].address->event = nullptr;
   --size;
-  Event** const lastSlot = &A[size];
-  PAddress& last = addressOf(*lastSlot);
-  if (size == i) {
-    *lastSlot = nullptr;
-    last.event = nullptr;
-    return;
+  const std::size_t last = end();
+  Event* const event = A[last];
+  const double time = nodes_[last].time;
+  PAddress* const address = nodes_[last].address;
+  A[last] = nullptr;
+  nodes_[last].time = kNoTime;
+  if (i == 0 && last != 0) {
+    BubbleDown(i, event, time, address);
+  } else if (i != last) {
+    restoreOrder(i, event, time, address);
   }
-  *slot = *lastSlot;
-  last.event = slot;
-  *lastSlot = nullptr;
-  restoreOrder(i);
 }
 
 void EventList::Remove(void* address) {
@@ -77,13 +97,11 @@ void EventList::Remove(void* address) {
 }
 
 void EventList::ModifyKey(Event** slot) {
-  restoreOrder(indexOf(slot));
+  const std::size_t i = indexOf(slot);
+  restoreOrder(i, *slot, (*slot)->exec_time, nodes_[i].address);
 }
 
-Event** EventList::Earliest() {
-  if (size == 0) {
-    return nullptr;
-  }
+Event** EventList::chooseAmongTies() {
   FindEquals(0);
   const int ties = EqSize;
   EqSize = 0;
@@ -113,10 +131,10 @@ Event** EventList::Earliest() {
 
 void EventList::ClearEventList() {
   for (int i = 0; i < size; ++i) {
-    Event*& slot = A[i];
-    FreeList.push_back(slot);
-    addressOf(slot).clear();
-    slot = nullptr;
+    FreeList.push_back(A[i]);
+    A[i] = nullptr;
+    nodes_[i].address->clear();
+    nodes_[i].time = kNoTime;
   }
   size = 0;
 }
@@ -173,45 +191,98 @@ void EventList::FindEquals(int i) {
   }
 }
 
-void EventList::BubbleDown(int i) {
-  for (int c = leftChildOf(i); c < size; c = leftChildOf(i)) {
-    if (c + 1 < size && EvEarlier(A[c + 1], A[c])) {
-      ++c;
-    }
-    if (!EvEarlier(A[c], A[i])) {
-      return;
-    }
-    Swap(c, i);
-    i = c;
-  }
-}
+// The walks keep the arrays in local pointers: what they store might otherwise be one of this object's own pointers, as
+// far as the compiler can tell, and each would be loaded anew for each slot. That no tie is settled in the first two
+// leaves them without a call, and so all they use in registers. A node is copied half by half: read as a whole soon
+// after its halves were written, it would have to wait for both to reach the cache.
 
-int EventList::BubbleUp(int i) {
-  while (i > 0) {
-    const int parent = parentOf(i);
-    if (!EvEarlier(A[i], A[parent])) {
+std::size_t EventList::BubbleDown(std::size_t i, Event* event, double time, PAddress* address) {
+  Event** const slots = A;
+  Node* const nodes = nodes_;
+  const std::size_t last = end();
+  for (std::size_t child = leftChildOf(i); child < last; child = leftChildOf(i)) {
+    const double left = nodes[child].time;
+    const double right = nodes[child + 1].time;
+    if (left == right) [[unlikely]] {
+      return bubbleDownAskingRanks(i, event, time, address);
+    }
+    child += static_cast<std::size_t>(right < left);
+    const double childTime = nodes[child].time;
+    if (!(childTime < time)) {
+      if (childTime == time) [[unlikely]] {
+        return bubbleDownAskingRanks(i, event, time, address);
+      }
       break;
     }
-    Swap(i, parent);
-    i = parent;
+    slots[i] = slots[child];
+    nodes[i].time = childTime;
+    nodes[i].address = nodes[child].address;
+    nodes[i].address->event = &slots[i];
+    i = child;
   }
+  fill(i, event, time, address);
   return i;
 }
 
-void EventList::Swap(int i, int j) {
-  Event*& first = A[i];
-  Event*& second = A[j];
-  std::swap(first, second);
-  addressOf(first).event = &first;
-  addressOf(second).event = &second;
+std::size_t EventList::BubbleUp(std::size_t i, Event* event, double time, PAddress* address) {
+  Event** const slots = A;
+  Node* const nodes = nodes_;
+  while (i > 0) {
+    const std::size_t parent = parentOf(i);
+    const double parentTime = nodes[parent].time;
+    if (!(time < parentTime)) {
+      if (parentTime == time) [[unlikely]] {
+        return bubbleUpAskingRanks(i, event, time, address);
+      }
+      break;
+    }
+    slots[i] = slots[parent];
+    nodes[i].time = parentTime;
+    nodes[i].address = nodes[parent].address;
+    nodes[i].address->event = &slots[i];
+    i = parent;
+  }
+  fill(i, event, time, address);
+  return i;
 }
 
-void EventList::restoreOrder(int i) {
-  if (BubbleUp(i) == i) {
-    BubbleDown(i);
+std::size_t EventList::bubbleDownAskingRanks(std::size_t i, Event* event, double time, PAddress* address) {
+  for (std::size_t child = leftChildOf(i); child < end(); child = leftChildOf(i)) {
+    if (child + 1 < end() && EvEarlier(A[child + 1], A[child])) {
+      ++child;
+    }
+    if (!EvEarlier(A[child], event)) {
+      break;
+    }
+    fill(i, A[child], nodes_[child].time, nodes_[child].address);
+    i = child;
+  }
+  fill(i, event, time, address);
+  return i;
+}
+
+std::size_t EventList::bubbleUpAskingRanks(std::size_t i, Event* event, double time, PAddress* address) {
+  while (i > 0) {
+    const std::size_t parent = parentOf(i);
+    if (!EvEarlier(event, A[parent])) {
+      break;
+    }
+    fill(i, A[parent], nodes_[parent].time, nodes_[parent].address);
+    i = parent;
+  }
+  fill(i, event, time, address);
+  return i;
+}
+
+void EventList::restoreOrder(std::size_t i, Event* event, double time, PAddress* address) {
+  if (BubbleUp(i, event, time, address) == i) {
+    BubbleDown(i, event, time, address);
   }
 }
 
-int EventList::indexOf(Event** slot) const {
-  return static_cast<int>(slot - A);
+void EventList::fill(std::size_t i, Event* event, double time, PAddress* address) {
+  A[i] = event;
+  nodes_[i].time = time;
+  nodes_[i].address = address;
+  address->event = &A[i];
 }

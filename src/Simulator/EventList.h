@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <vector>
@@ -7,6 +8,8 @@
 #include "Simulator/Event.h"
 #include "Simulator/EventEarlier.h"
 #include "Simulator/EventEqual.h"
+
+class PAddress;
 
 /// Pending firings of one run, at most one for each group.
 /// Order    time, then higher rank; among events that tie on both, a draw from TheDistribution weighted by Weight.
@@ -17,6 +20,9 @@
 ///          after construction.
 /// Source   binary heap, J. W. J. Williams, Algorithm 232, CACM 7(6), 1964. Where each event lies in the array decides
 ///          the order in which ties are weighed, so that the moves below are part of a run's result.
+/// Layout   beside the array of records stand the times and the groups' PAddresses in the same order, so that a
+///          comparison looks at no record and a move at no action. A caller that changes an exec_time tells so by
+///          ModifyKey before anything else is asked.
 class EventList {
  public:
   /// Room for `capacity` events: one more than the number of groups.
@@ -55,6 +61,12 @@ class EventList {
  private:
   friend class EventListProbe;  // the tests' view of the heap
 
+  /// What a slot holds beside its record: its time, and the group's PAddress, which keeps the slot's address.
+  struct Node {
+    double time;
+    PAddress* address;
+  };
+
   /// 0 for a sound heap, else the first fault: 2i+1 or 2(i+1) for a left or right child earlier than its parent i,
   /// i+100000 for a wrong back pointer of slot i, the index of a filled slot beyond the events, or minus the heap index
   /// of a record that is also free (the root's being told apart from a sound heap by nothing).
@@ -64,19 +76,31 @@ class EventList {
   /// before those under it. An event that ties with the root can only hang below others that do.
   void FindEquals(int i);
 
-  void BubbleDown(int i);
-  /// Gives the final index.
-  int BubbleUp(int i);
-  /// Exchanges two slots, and the back pointers of both groups.
-  void Swap(int i, int j);
+  /// Of the events tied with the root, which FindEquals has listed, the slot of the one drawn.
+  [[nodiscard]] Event** chooseAmongTies();
 
-  void restoreOrder(int i);
-  [[nodiscard]] int indexOf(Event** slot) const;
+  // These walk with an event that is in no slot from the free slot `i` to the place that the order gives it, fill that
+  // place and give its index. What lies on the way moves one slot on. A walk compares times alone, and hands over to its
+  // other form at the first two that are equal.
+  std::size_t BubbleDown(std::size_t i, Event* event, double time, PAddress* address);
+  std::size_t BubbleUp(std::size_t i, Event* event, double time, PAddress* address);
+  std::size_t bubbleDownAskingRanks(std::size_t i, Event* event, double time, PAddress* address);
+  std::size_t bubbleUpAskingRanks(std::size_t i, Event* event, double time, PAddress* address);
+
+  /// BubbleUp, and BubbleDown from a slot that it does not leave.
+  void restoreOrder(std::size_t i, Event* event, double time, PAddress* address);
+  void fill(std::size_t i, Event* event, double time, PAddress* address);
+  [[nodiscard]] std::size_t indexOf(Event** slot) const { return static_cast<std::size_t>(slot - A); }
+  [[nodiscard]] std::size_t end() const { return static_cast<std::size_t>(size); }
 
   // Storage, made once.
   std::vector<Event> records_;  // every record there is; A and FreeList point into it
   std::vector<Event*> slots_;
   std::vector<std::int32_t> ties_;
+  // Beside A, slot by slot. At and beyond size stands a time that is no number, which no comparison finds equal to or
+  // earlier than another, so that a missing child needs no test. Two children lie in one cache line.
+  std::vector<Node> nodeStorage_;
+  Node* nodes_;
 
   EventEarlier EvEarlier;
   EventEqual EvEqual;
@@ -87,3 +111,14 @@ class EventList {
   std::int32_t* Equalities;      // ties_: heap indices tied with the root; `capacity` long
   std::int32_t EqSize = 0;       // entries of Equalities in use; 0 between calls
 };
+
+inline Event** EventList::Earliest() {
+  if (size == 0) {
+    return nullptr;
+  }
+  // Without a tie between the root and a child there is none at all.
+  if (nodes_[0].time != nodes_[1].time && nodes_[0].time != nodes_[2].time) [[likely]] {
+    return &A[0];
+  }
+  return chooseAmongTies();
+}
