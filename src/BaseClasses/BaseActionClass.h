@@ -168,6 +168,7 @@ class BaseActionClass {
   ExecutionPolicyType ExecutionPolicy = RaceEnabled;
   bool Disabled = true;                     // written by the group's choice: not selectable
   bool Reactivation = false;                // run-time flag: stands on the engine's reactivation list
+  bool EarnsNoImpulse = false;              // set by the reward model once no impulse reward can come of a firing
   char* ActionName = nullptr;               // owned
   ActionAffectsElement* Affects = nullptr;  // borrowed from the connectivity list's builder, which frees it
   bool Fired = false;

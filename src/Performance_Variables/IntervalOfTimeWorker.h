@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include "Performance_Variables/RateRewardWorker.h"
 
 /// Rate reward of an INTERVAL_OF_TIME variable: the integral of Reward_Function over the window [Start, Stop].
@@ -10,5 +12,8 @@ class IntervalOfTimeWorker : public RateRewardWorker {
  public:
   explicit IntervalOfTimeWorker(int numModels = 0) : RateRewardWorker(numModels) {}
 
-  void Accumulate(double new_time, double last_event_time) override;
+  void Accumulate(double new_time, double last_event_time) override {
+    const double overlap = std::min(new_time, Stop) - std::max(last_event_time, Start);
+    take(overlap > 0.0 ? Reward_Function() * overlap : 0.0);
+  }
 };

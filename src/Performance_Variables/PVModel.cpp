@@ -9,6 +9,7 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
+#include <limits>
 
 #include "BaseClasses/Assertions.h"
 #include "BaseClasses/BaseGroupClass.h"
@@ -344,6 +345,7 @@ void PVModel::completeImpulseData(BaseActionClass& action) {
   allocateImpulseData(action);
   freezeAll(action.AffectedImpulseRewards, Number_Of_Performance_Variables);
   action.AffectedNodesByImpulseReward.NoMoreModifications();
+  action.EarnsNoImpulse = action.AffectedNodesByImpulseReward.size() == 0 && !action.isSync();
   if (action.isSync()) {
     auto& sync = static_cast<BaseSyncActionClass&>(action);
     for (int superposed = 0; superposed < sync.getNumSuperposedActions(); ++superposed) {
@@ -353,15 +355,17 @@ void PVModel::completeImpulseData(BaseActionClass& action) {
 }
 
 void PVModel::ConsiderOnly(const int* NodeIndices, int size) {
+  WindowsMoved();
   if (NodeIndices == nullptr) {
     RelevantNodes.insert(RelevantNodes.end(), PerformanceVariableList,
                          PerformanceVariableList + Number_Of_Performance_Variables);
-    return;
+  } else {
+    RelevantNodes.reserve(RelevantNodes.size() + static_cast<std::size_t>(size));
+    for (int i = 0; i < size; ++i) {
+      RelevantNodes.push_back(PerformanceVariableList[NodeIndices[i]]);
+    }
   }
-  RelevantNodes.reserve(RelevantNodes.size() + static_cast<std::size_t>(size));
-  for (int i = 0; i < size; ++i) {
-    RelevantNodes.push_back(PerformanceVariableList[NodeIndices[i]]);
-  }
+  nodesWithWorkers_.reserve(RelevantNodes.size());
 }
 
 void PVModel::Destruct() {
@@ -375,6 +379,7 @@ void PVModel::Destruct() {
   }
   actionsWithImpulseData_.clear();
   RelevantNodes.clear();
+  nodesWithWorkers_.clear();
   delete[] AffectingActions;
   AffectingActions = nullptr;
   delete[] ListOfAffectedLists;
@@ -416,14 +421,27 @@ void PVModel::releaseImpulseWorkerLists(const BaseActionClass& action) const {
 
 // Run time.
 
-BaseActionClass* PVModel::FireAction(BaseActionClass* TheAction, double FiringTime) {
-  support::debugLine(0, "PV Model firing action");
-  LastActionTime = FiringTime;
-  LastAction = TheAction->Fire();
-  return LastAction;
+void PVModel::debugAccumulate(double new_time) {
+  support::debugLine(3, "PVModel::Accumulate(double)");
+  support::debugLine(1, "Accumulation Time", " = ", new_time);
+}
+
+/// A step of every relevant node, which finds out anew which of them can be left out of the next ones.
+void PVModel::accumulateAll(double new_time) {
+  nodesWithWorkers_.clear();
+  quietUntil_ = std::numeric_limits<double>::infinity();
+  for (PerformanceVariableNode* const node : RelevantNodes) {
+    node->Accumulate(new_time, LastActionTime, LastAction);
+    if (node->NumberOfWorkers > 0) {
+      nodesWithWorkers_.push_back(node);
+    } else if (node->Accumulating != acc_done) {
+      quietUntil_ = std::min(quietUntil_, node->Accumulating == acc_now ? node->Stop : node->Start);
+    }
+  }
 }
 
 void PVModel::EndAccumulate(double finish_time) {
+  WindowsMoved();
   support::debugLine(1, "Simulator called EndAccumulate at time", " = ", finish_time);
   for (PerformanceVariableNode* const node : RelevantNodes) {
     if (node->Accumulating != acc_done) {
@@ -433,6 +451,7 @@ void PVModel::EndAccumulate(double finish_time) {
 }
 
 void PVModel::PVReset() {
+  WindowsMoved();
   for (int pv = 0; pv < Number_Of_Performance_Variables; ++pv) {
     PerformanceVariableNode& node = *PerformanceVariableList[pv];
     if (node.Accumulating == acc_now || node.Accumulating == acc_done) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <iosfwd>
+#include <limits>
 #include <vector>
 
 #include "BaseClasses/BaseActionClass.h"
@@ -82,14 +83,27 @@ class PVModel : public BaseModelClass {
 
   /// Takes rewards and the impulses of the previous firing up to `new_time`, on the state before the coming firing.
   void Accumulate(double new_time) {
-    support::debugLine(3, "PVModel::Accumulate(double)");
-    support::debugLine(1, "Accumulation Time", " = ", new_time);
-    for (PerformanceVariableNode* const node : RelevantNodes) {
+    if (GlobalDebugLevel > 1) [[unlikely]] {
+      debugAccumulate(new_time);
+    }
+    if (!LastAction->EarnsNoImpulse || !(new_time < quietUntil_)) {
+      accumulateAll(new_time);
+      return;
+    }
+    for (PerformanceVariableNode* const node : nodesWithWorkers_) {
       node->Accumulate(new_time, LastActionTime, LastAction);
     }
   }
+  /// To be called by who has moved a node's window or changed its state other than through this model, such as by a
+  /// Reset of that node alone: the next step looks at every node again.
+  void WindowsMoved() { quietUntil_ = -std::numeric_limits<double>::infinity(); }
   /// Fires the action and returns the action that really fired, the LastAction of the next step.
-  BaseActionClass* FireAction(BaseActionClass* TheAction, double FiringTime);
+  BaseActionClass* FireAction(BaseActionClass* TheAction, double FiringTime) {
+    support::debugLine(0, "PV Model firing action");
+    LastActionTime = FiringTime;
+    LastAction = TheAction->Fire();
+    return LastAction;
+  }
   /// Closes the relevant nodes that are still open, at the end of a batch.
   void EndAccumulate(double finish_time);
   /// Back to the start of a batch: every node that has been reached is reset, and no action has fired yet.
@@ -156,6 +170,13 @@ class PVModel : public BaseModelClass {
   void releaseImpulseWorkerLists(const BaseActionClass& action) const;
   void takeRewardsOfState(int stateIndex);
   void showActionAffects() const;
+  void accumulateAll(double new_time);
+  static void debugAccumulate(double new_time);
+
+  // Of the relevant nodes, those with a rate reward take part in every step. The others are only looked at when the last
+  // action earns an impulse, or from this time on, the first at which one of them enters or leaves its window.
+  std::vector<PerformanceVariableNode*> nodesWithWorkers_;
+  double quietUntil_ = -std::numeric_limits<double>::infinity();
 
   std::vector<BaseActionClass*> actionsWithRateData_;     // borrowed: those whose rate data this model allocated
   std::vector<BaseActionClass*> actionsWithImpulseData_;  // borrowed: those whose impulse data this model allocated

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "BaseClasses/BaseActionClass.h"
 #include "Performance_Variables/RewardTypes.h"
 
 class ActionModelPairClass;
-class BaseActionClass;
 class BaseModelClass;
 class ImpulseNodeClass;
 class ModelGroupClass;
@@ -197,7 +197,16 @@ class PerformanceVariableNode {
   }
 
  private:
-  void CommonAccumulate(double next_time, double last_event_time, BaseActionClass* LastAction);
+  void CommonAccumulate(double next_time, double last_event_time, BaseActionClass* LastAction) {
+    if (NumberOfWorkers > 0) {
+      takeRateRewards(next_time, last_event_time);
+    }
+    if (!LastAction->EarnsNoImpulse) {
+      takeImpulseRewards(next_time, last_event_time, LastAction);
+    }
+  }
+  void takeRateRewards(double next_time, double last_event_time);
+  void takeImpulseRewards(double next_time, double last_event_time, BaseActionClass* LastAction);
   void fillImpulseModelGroups(int impulse);
   template <typename Visitor>
   void forEachImpulseWorker(Visitor visit) const;

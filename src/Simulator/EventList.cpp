@@ -183,10 +183,11 @@ void EventList::FindEquals(int i) {
     return;
   }
   const Event* const event = A[i];
-  if (EvEqual(event, A[left])) {
+  const double time = nodes_[i].time;
+  if (nodes_[left].time == time && EvEqual(event, A[left])) {
     FindEquals(left);
   }
-  if (left + 1 < size && EvEqual(event, A[left + 1])) {
+  if (nodes_[left + 1].time == time && EvEqual(event, A[left + 1])) {
     FindEquals(left + 1);
   }
 }

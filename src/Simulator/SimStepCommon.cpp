@@ -110,8 +110,8 @@ void SimulatorClass::CheckReactivationList() {
 }
 
 void SimulatorClass::RemoveAffectedActions() {
-  for (AffectsAction = TempAction->Affects; AffectsAction != nullptr; AffectsAction = AffectsAction->next) {
-    BaseActionClass* const group = AffectsAction->Action;
+  for (ActionAffectsElement* element = TempAction->Affects; element != nullptr; element = element->next) {
+    BaseActionClass* const group = element->Action;
     PAddress& address = addressOf(group);
     if (address.event == nullptr) {
       continue;
@@ -127,16 +127,30 @@ void SimulatorClass::RemoveAffectedActions() {
       address.setReactNull();
     }
   }
+  AffectsAction = nullptr;
 }
 
 void SimulatorClass::InsertAffectedActions() {
-  for (AffectsAction = TempAction->Affects; AffectsAction != nullptr; AffectsAction = AffectsAction->next) {
-    BaseActionClass* const group = AffectsAction->Action;
+  for (ActionAffectsElement* element = TempAction->Affects; element != nullptr; element = element->next) {
+    BaseActionClass* const group = element->Action;
     // On purpose in this order: the asking moves the group's enabling pair on, whether or not it is scheduled.
     if (group->Enabled() && addressOf(group).event == nullptr) {
       schedule(group);
     }
   }
+  AffectsAction = nullptr;
+}
+
+void SimulatorClass::endForNoAction() {
+  std::cerr << "ERROR: firing \"" << CurrAction->ActionName << "\" at t=" << CurrentTime
+            << " gave no action; Fire must return the action that fired" << std::endl;
+  std::exit(1);
+}
+
+void SimulatorClass::endForNoChoice() {
+  std::cerr << "ERROR: no event can be chosen after t=" << CurrentTime
+            << ": the activities that fire next tie, and none of them has a positive weight" << std::endl;
+  std::exit(1);
 }
 
 void SimulatorClass::fireNextEvent() {
@@ -149,9 +163,7 @@ void SimulatorClass::fireNextEvent() {
   }
   TempAction = TheModel->FireAction(CurrAction, CurrentTime);
   if (TempAction == nullptr) [[unlikely]] {
-    std::cerr << "ERROR: firing \"" << CurrAction->ActionName << "\" at t=" << CurrentTime
-              << " gave no action; Fire must return the action that fired" << std::endl;
-    std::exit(1);
+    endForNoAction();
   }
   ++_fireActionCount;
   if (traced) [[unlikely]] {
@@ -163,7 +175,9 @@ void SimulatorClass::fireNextEvent() {
 }
 
 void SimulatorClass::updateAffectedActions() {
-  CheckReactivationList();
+  if (!TheReactivationList.empty()) {
+    CheckReactivationList();
+  }
   RemoveAffectedActions();
   InsertAffectedActions();
 }
@@ -175,9 +189,7 @@ bool SimulatorClass::chooseNextEvent() {
   }
   const Event* const event = *NextEvent;
   if (event == nullptr) [[unlikely]] {
-    std::cerr << "ERROR: no event can be chosen after t=" << CurrentTime
-              << ": the activities that fire next tie, and none of them has a positive weight" << std::endl;
-    std::exit(1);
+    endForNoChoice();
   }
   CurrentTime = event->exec_time;
   CurrAction = event->action_ptr;

@@ -115,6 +115,10 @@ class SimulatorClass {
   void watchForReactivation(BaseActionClass* group);
   /// Takes the element at `position` off TheReactivationList; gives the position after it.
   std::list<BaseActionClass*>::iterator dropFromReactivationList(std::list<BaseActionClass*>::iterator position);
+  /// Ends the process after a Fire that gave no action.
+  [[noreturn]] void endForNoAction();
+  /// Ends the process for a tie in which no group has a positive weight.
+  [[noreturn]] void endForNoChoice();
   /// Takes the event in NextEvent off the list, accumulates the rewards up to CurrentTime and fires CurrAction, with
   /// the traces of all that. TempAction becomes the member that fired.
   void fireNextEvent();

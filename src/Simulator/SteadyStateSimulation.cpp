@@ -141,6 +141,7 @@ void SimulatorClass::CheckCompletedBatches(PerformanceVariableNode** ThePVList, 
         ++ResultSqrCounters[PVIndex];
       }
       variable.Reset();
+      TheModel->WindowsMoved();
     }
     StopTimes->ModifyKey(PVIndex, variable.Stop);
     CompletedBatches->ModifyKey(PVIndex, completed + 1);
