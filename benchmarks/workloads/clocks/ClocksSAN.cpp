@@ -21,7 +21,7 @@ ClocksSAN::ClocksSAN() {
   std::vector<BaseStateVariableClass*> variables;
   std::vector<Activity*> activities;
   std::vector<BaseGroupClass*> groups;
-  for (int i = 0; i < clocks; ++i) {
+  for (int i = 0; i < clocks * (1 + sparePlaces); ++i) {
     ticked_.push_back(std::make_unique<Place>("ticked"));
     variables.push_back(ticked_.back().get());
   }
@@ -30,8 +30,8 @@ ClocksSAN::ClocksSAN() {
     activities.push_back(tick_.back().get());
     groups.push_back(tick_.back().get());
   }
-  initializeSANModelNow("clocks", clocks, variables.data(), 0, nullptr, clocks, activities.data(), clocks,
-                        groups.data());
+  initializeSANModelNow("clocks", static_cast<int>(variables.size()), variables.data(), 0, nullptr, clocks,
+                        activities.data(), clocks, groups.data());
   for (std::size_t i = 0; i < activities.size(); ++i) {
     AddAffectArc(variables[i], activities[i]);
     AddEnableArc(variables[i], activities[i]);

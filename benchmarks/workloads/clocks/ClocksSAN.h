@@ -9,8 +9,10 @@
 #include "Study/PrimitiveType.h"
 
 extern Int clocks;
+extern Int sparePlaces;  // for each clock
 
-/// Clocks that have nothing to do with each other: each ticks at rate 1 for ever, and writes a place of its own.
+/// Clocks that have nothing to do with each other: each ticks at rate 1 for ever, and writes a place of its own. Spare
+/// places that nothing reads or writes may stand beside them, to see what a place takes.
 class ClocksSAN : public SANModel {
  public:
   class TickActivity : public Activity {
@@ -40,6 +42,6 @@ class ClocksSAN : public SANModel {
   [[nodiscard]] short firstIsOdd() { return ticked_.front()->Mark(); }
 
  private:
-  std::vector<std::unique_ptr<Place>> ticked_;
+  std::vector<std::unique_ptr<Place>> ticked_;  // of each clock, and then the spare ones
   std::vector<std::unique_ptr<TickActivity>> tick_;
 };

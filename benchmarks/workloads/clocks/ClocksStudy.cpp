@@ -9,6 +9,7 @@
 #include "workloads/clocks/ClocksSAN.h"
 
 Int clocks;
+Int sparePlaces;
 
 namespace {
 
@@ -36,7 +37,8 @@ class FirstIsOdd : public PerformanceVariableNode {
 
 std::unique_ptr<BaseStudyClass> makeWorkloadStudy() {
   return std::make_unique<WorkloadStudy>(
-      std::vector<WorkloadStudy::Parameter>{{"clocks", &clocks, 10}, {"stopTime", &stopTime, 1e5}},
+      std::vector<WorkloadStudy::Parameter>{
+          {"clocks", &clocks, 10}, {"sparePlaces", &sparePlaces, 0}, {"stopTime", &stopTime, 1e5}},
       [](bool expandTimeArrays) {
         return std::make_unique<OneVariable>(
             "clocksRewards", new ClocksSAN, [] { return new FirstIsOdd; }, expandTimeArrays);
