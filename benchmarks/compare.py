@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """Compares the engine with the same workloads written bare, without an engine.
 
-The programs take turns, pass by pass, so that what else the machine does falls on all of them alike. Each gives its time
-for a firing, the speed as a share of the base's (medians over the passes; processor time of the runs themselves, not of
-building the model), its peak memory, and its answer: the mean, and by how many standard errors it misses the known one.
-Above 4 the status is 1.
+The programs take turns, pass by pass, so that what else the machine does falls on all of them alike. Each gives its
+time for a firing, the speed as a share of the base's (medians over the passes; processor time of the runs themselves,
+not of building the model), its peak memory, and its answer: the mean, and by how many standard errors it misses the
+known one. Above 4 the status is 1.
 
   queue         M/M/1/100, arrivals 0.9, service 1, from empty: average number in system
   cycle         closed cycle of 50 stations, 200 customers: throughput of a station
@@ -87,31 +87,29 @@ class Program:
         self.peak_megabytes = max(self.peak_megabytes, finished.peak_megabytes)
 
 
-def plain_command(program, workload, stop_time, replications, seed, binaries):
+def plain_command(program, workload, stop_time, replications, seed):
     """Of bench_bare and bench_hold."""
-    words = [binaries / program] + ([workload.model] if program == "bench_bare" else [])
+    words = [measuring.BIN / program] + ([workload.model] if program == "bench_bare" else [])
     words += ["--stop-time", f"{stop_time:.17g}", "--replications", replications, "--seed", seed]
     return words + (["--size", workload.size] if workload.size else [])
 
 
-def engine_command(workload, stop_time, replications, seed, results, binaries):
+def engine_command(workload, stop_time, replications, seed, results):
     if workload.model == "hold":
-        return plain_command("bench_hold", workload, stop_time, replications, seed, binaries)
+        return plain_command("bench_hold", workload, stop_time, replications, seed)
     overrides = [(("d", "stopTime"), stop_time)]
     if workload.size:
         overrides.append((("i", "machines"), workload.size))
     options = ["-s", seed] + (["-a", results] if results else [])
-    return measuring.model(f"bench_{workload.model}", replications, overrides, options, binaries)
+    return measuring.model(f"bench_{workload.model}", replications, overrides, options)
 
 
 def programs_of(name, workload, options):
     def engine(seed, results):
-        return engine_command(workload, workload.stop_time * options.length, workload.replications, seed, results,
-                              options.binaries)
+        return engine_command(workload, workload.stop_time * options.length, workload.replications, seed, results)
 
     def bare(seed, _results):
-        return plain_command("bench_bare", workload, workload.stop_time * options.length, workload.replications, seed,
-                             options.binaries)
+        return plain_command("bench_bare", workload, workload.stop_time * options.length, workload.replications, seed)
 
     others = [Program(label, lambda _seed, _results, words=shlex.split(command): words, False)
               for label, wanted, command in options.also if wanted == name]
@@ -171,10 +169,10 @@ def instructions_of(name, options):
         return measuring.instructions_each(command_of(workload.short), command_of(2 * workload.short), count_of)
 
     def engine(stop_time):
-        return engine_command(workload, stop_time, 1, FIRST_SEED, None, options.binaries)
+        return engine_command(workload, stop_time, 1, FIRST_SEED, None)
 
     def bare(stop_time):
-        return plain_command("bench_bare", workload, stop_time, 1, FIRST_SEED, options.binaries)
+        return plain_command("bench_bare", workload, stop_time, 1, FIRST_SEED)
 
     def plain_count(finished):
         return finished.value(r"\bevents=")
@@ -213,6 +211,7 @@ def main():
     parser.add_argument("--binaries", type=pathlib.Path, default=measuring.BIN, metavar="FOLDER",
                         help="where the executables are (build/release/bin)")
     options = parser.parse_args()
+    measuring.BIN = options.binaries
     for name in [*options.workloads, *(wanted for _, wanted, _ in options.also)]:
         if name not in WORKLOADS:
             parser.error(f"no such workload: {name}; there are {', '.join(WORKLOADS)}")

@@ -1,5 +1,5 @@
-// The hold model on the engine's event list, beside `bench_bare hold`: the earliest of n pending events is put off by an
-// exponential delay, again and again.
+// The hold model on the engine's event list, beside `bench_bare hold`: the earliest of n pending events is put off by
+// an exponential delay, again and again.
 
 #include <cstddef>
 #include <cstdint>
@@ -66,7 +66,7 @@ int main(int argc, char** argv) {
   std::cout.precision(12);
   double seconds = 0.0;
   std::uint64_t events = 0;
-  for (double replication = 0.0; replication < order.replications; ++replication) {
+  for (int left = static_cast<int>(order.replications); left > 0; --left) {
     HeldEvents held(static_cast<std::size_t>(size));
     const double start = bare::processorSeconds();
     const double now = held.putOff(operations);

@@ -5,13 +5,14 @@ import dataclasses
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
 import time
 
 TOP = pathlib.Path(__file__).resolve().parent.parent
-BIN = TOP / "build" / "release" / "bin"
+BIN = TOP / "build" / "release" / "bin"  # a program's option --binaries puts another folder in its place
 
 # The C library chooses among variants of a function by the processor. Without its extensions it takes the same one
 # everywhere, so that the instructions of a run are the same on every machine.
@@ -83,10 +84,10 @@ def run(command, limit_seconds=None, environment=None):
         return Run(output.read() + errors.read(), usage.ru_utime + usage.ru_stime, peak)
 
 
-def model(name, batches, overrides=(), options=(), binaries=BIN):
-    """The command line of the model `name` (an executable of `binaries`) for that many batches; `overrides` are pairs
-    of type letter and name with a value, as (("d", "stopTime"), 100.0)."""
-    words = [binaries / name, "-N", batches, *options]
+def model(name, batches, overrides=(), options=()):
+    """The command line of the model `name` (an executable of BIN) for that many batches; `overrides` are pairs of type
+    letter and name with a value, as (("d", "stopTime"), 100.0)."""
+    words = [BIN / name, "-N", batches, *options]
     texts = [f"{letter}:{variable}:{value:.17g}" for (letter, variable), value in overrides]
     return words + (["-O", ":".join(texts)] if texts else [])
 
@@ -108,7 +109,9 @@ def answers_in(file):
 
 
 def instructions(command):
-    """Instructions of a run under callgrind, from start to end, and the run's output."""
+    """Instructions of a run under callgrind, from start to end, and the run."""
+    if shutil.which("valgrind") is None:
+        fail("there is no valgrind", "apt-get install valgrind")
     environment = {**os.environ, "GLIBC_TUNABLES": PLAIN_PROCESSOR}
     environment.pop("SIMTEST", None)
     finished = run(["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", *command],
@@ -116,11 +119,11 @@ def instructions(command):
     return int(finished.value(r"Collected : ")), finished
 
 
-def instructions_each(shorter, longer, count_of):
-    """Instructions of one more, such as one more firing: those that `longer` takes beyond `shorter`, by the difference
-    of what `count_of` finds in the two outputs. Start and end of the process fall out."""
+def instructions_each(shorter, longer, extra):
+    """Instructions of one more firing, or of one more of whatever `longer` has more of than `shorter`: `extra` of them,
+    or as many as it finds in the one run beyond the other. The start and the end of the process fall out."""
     (first, one), (second, other) = instructions(shorter), instructions(longer)
-    return (second - first) / (count_of(other) - count_of(one))
+    return (second - first) / (extra(other) - extra(one) if callable(extra) else extra)
 
 
 def table(rows):

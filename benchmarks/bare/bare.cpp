@@ -96,7 +96,7 @@ int main(int argc, char** argv) {
   std::cout.precision(12);
   const double start = bare::processorSeconds();
   std::uint64_t events = 0;
-  for (double replication = 0.0; replication < order.replications; ++replication) {
+  for (int left = static_cast<int>(order.replications); left > 0; --left) {
     const Outcome outcome = replicate(order, stream);
     events += outcome.events;
     std::cout << "answer=" << outcome.reward << '\n';

@@ -42,6 +42,12 @@ need_to_package() {
   need_command make make
 }
 
+# need_to_count_instructions: what running the workloads under callgrind takes on top of building and testing.
+need_to_count_instructions() {
+  need_to_test
+  need_command valgrind valgrind
+}
+
 # Wine without its wrappers, which would want the 32-bit one too.
 wine=/usr/lib/wine/wine64
 wine_server=/usr/lib/wine/wineserver64
