@@ -79,7 +79,7 @@ class Program:
                 cost = measuring.loop_seconds_of(finished) / measuring.firings_of(finished)
                 self.answers += measuring.answers_in(results.name)
             else:
-                seconds = finished.value(r"\bseconds=") if self.reads_answers else finished.seconds
+                seconds = finished.value(r"\bseconds=") if " seconds=" in finished.output else finished.seconds
                 cost = seconds / finished.value(r"\bevents=")
                 if self.reads_answers:
                     self.answers += [float(line[7:]) for line in finished.output.split() if line.startswith("answer=")]
@@ -206,7 +206,7 @@ def main():
     parser.add_argument("--instructions", action="store_true", help="count instructions instead")
     parser.add_argument("--also", nargs=3, action="append", default=[], metavar=("LABEL", "WORKLOAD", "COMMAND"),
                         help="another program of that workload, to take turns too; must print events=<firings>, and "
-                        "counts with its whole processor time")
+                        "seconds=<time> or else counts with its whole processor time; a model needs neither")
     parser.add_argument("--base", default="bare", metavar="LABEL", help="the program that speeds are shares of (bare)")
     parser.add_argument("--binaries", type=pathlib.Path, default=measuring.BIN, metavar="FOLDER",
                         help="where the executables are (build/release/bin)")

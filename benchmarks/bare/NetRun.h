@@ -55,25 +55,28 @@ class NetRun {
       marks_[arcs_[i].place] += arcs_[i].change;
       reward_ += arcs_[i].rewardChange;
     }
-    if (isEnabled(fired)) {
-      pending_.delayEarliest(timeOf(transition));
-    } else {
-      pending_.remove(fired);
+    // What fired stays at the top of the heap until a transition, the same or the first to be enabled, takes its place.
+    bool isOver = !isEnabled(fired);
+    if (!isOver) {
+      pending_.replaceEarliest(fired, timeOf(transition));
     }
     for (std::uint32_t i = transition.firstAffected + 1; i < behind.firstAffected; ++i) {
-      reconsider(affected_[i]);
+      const std::uint32_t other = affected_[i];
+      const bool enabled = isEnabled(other);
+      if (enabled == pending_.holds(other)) {
+        continue;
+      }
+      if (!enabled) {
+        pending_.remove(other);
+      } else if (isOver) {
+        pending_.replaceEarliest(other, timeOf(transitions_[other]));
+        isOver = false;
+      } else {
+        pending_.insert(other, timeOf(transitions_[other]));
+      }
     }
-  }
-
-  void reconsider(std::uint32_t t) {
-    const bool enabled = isEnabled(t);
-    if (enabled == pending_.holds(t)) {
-      return;
-    }
-    if (enabled) {
-      pending_.insert(t, timeOf(transitions_[t]));
-    } else {
-      pending_.remove(t);
+    if (isOver) {
+      pending_.remove(fired);
     }
   }
 

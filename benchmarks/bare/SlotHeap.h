@@ -31,8 +31,11 @@ requires(kArity == 2 || kArity == 4) class SlotHeap {
 
   void insert(std::uint32_t slot, double time) { rise(size_++, {time, slot}); }
 
-  /// Gives the earliest slot another time, not below its own.
-  void delayEarliest(double time) { sink(0, {time, node_[0].slot}); }
+  /// Puts `slot`, the earliest itself or one that is not held, in the place of the earliest, at a time not below its.
+  void replaceEarliest(std::uint32_t slot, double time) {
+    position_[node_[0].slot] = kNowhere;
+    sink(0, {time, slot});
+  }
 
   void remove(std::uint32_t slot) {
     const std::uint32_t gap = position_[slot];

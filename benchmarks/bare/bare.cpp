@@ -60,7 +60,7 @@ Outcome hold(std::uint32_t size, bare::UniformStream& stream, double operations)
   double now = 0.0;
   for (std::uint64_t i = 0; i < count; ++i) {
     now = pending.earliestTime();
-    pending.delayEarliest(now + stream.exponential());
+    pending.replaceEarliest(pending.earliest(), now + stream.exponential());
   }
   return {count, now};
 }
