@@ -131,6 +131,7 @@ class BaseModelClass {
   std::int32_t Id = 0;                       // from 1
   std::int32_t ParentId = 0;                 // equal to Id until SetParentId
   std::int32_t NumPVs = 0;                   // 0: a reward model keeps its own count
+  bool HoldsSharedVariables = true;          // false for an atomic model, which need not be asked for any
 
   static double LastActionTime;  // simulated time of the latest firing
 

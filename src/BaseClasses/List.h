@@ -3,7 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <iostream>
+#include <memory>
 #include <new>
+#include <unordered_map>
 
 #include "BaseClasses/Assertions.h"
 #include "BaseClasses/StandardErrors.h"
@@ -11,7 +13,8 @@
 /// Growing array of pointers that refuses duplicates.
 /// Order    of insertion, until remove() or replaceItem() moves the last item into a gap.
 /// Owns     its array, none of its items.
-/// Cost     getItem and operator[] are an indexed read; an insertion searches the list, as lists are built once.
+/// Cost     getItem and operator[] are an indexed read. Whatever looks for an item searches a short list and looks into
+///          an index of a longer one, which is built by the first such search.
 /// Failure  a broken requirement ends the process through the assertion that names "../List".
 template <class C>
 class List {
@@ -36,7 +39,8 @@ class List {
 
   [[nodiscard]] int getNumItems() { return NumItems; }
 
-  /// The array itself, borrowed by the caller until the next growth; its first getNumItems() entries are in use.
+  /// The array itself, borrowed by the caller until the next growth; its first getNumItems() entries are in use. It is
+  /// for reading: items that are put there past the list are not found by it.
   [[nodiscard]] C** getList() { return TheList; }
 
   /// Adds `item` at the end unless it is there already. A full list doubles its capacity first, even for a duplicate.
@@ -81,7 +85,10 @@ class List {
   [[nodiscard]] C* operator[](int i) { return TheList[i]; }
 
   /// Forgets all items. The capacity and the entries of the array stay.
-  void clearList() { NumItems = 0; }
+  void clearList() {
+    NumItems = 0;
+    positions_.reset();
+  }
 
   /// Puts `replacement` in the place of `old`. When `replacement` is in the list elsewhere, the last item takes the
   /// place of `old` instead and the list becomes one shorter, so that no duplicate arises. Without `old` nothing
@@ -95,6 +102,10 @@ class List {
       removeAt(oldPosition);
     } else {
       TheList[oldPosition] = replacement;
+      if (positions_ != nullptr) {
+        positions_->erase(old);
+        positions_->emplace(replacement, oldPosition);
+      }
     }
   }
 
@@ -130,6 +141,9 @@ class List {
     }
     require(NumItems <= ArraySize);
     TheList[NumItems] = item;
+    if (positions_ != nullptr) {
+      positions_->emplace(item, NumItems);
+    }
     ++NumItems;
   }
 
@@ -152,6 +166,9 @@ class List {
  private:
   static constexpr std::int32_t kFirstCapacity = 10;
   static constexpr std::int32_t kNotFound = -1;
+  static constexpr std::int32_t kMostSearchedThrough = 64;  // items of a list that is still searched one by one
+
+  using Positions = std::unordered_map<C*, std::int32_t>;
 
   static void require(bool condition, int line = __builtin_LINE()) { support::require(condition, "../List", line); }
 
@@ -169,6 +186,9 @@ class List {
 
   /// Position of the first entry equal to `item`, or kNotFound.
   std::int32_t indexOf(C* item) {
+    if (NumItems > kMostSearchedThrough) {
+      return indexedPositionOf(item);
+    }
     for (std::int32_t i = 0; i < NumItems; ++i) {
       if (TheList[i] == item) {
         return i;
@@ -177,8 +197,28 @@ class List {
     return kNotFound;
   }
 
+  std::int32_t indexedPositionOf(C* item) {
+    if (positions_ == nullptr) {
+      positions_ = std::make_unique<Positions>();
+      for (std::int32_t i = 0; i < NumItems; ++i) {
+        positions_->emplace(TheList[i], i);
+      }
+    }
+    const auto found = positions_->find(item);
+    return found == positions_->end() ? kNotFound : found->second;
+  }
+
   void removeAt(std::int32_t position) {
-    TheList[position] = TheList[NumItems - 1];
+    C* const last = TheList[NumItems - 1];
+    if (positions_ != nullptr) {
+      positions_->erase(TheList[position]);
+      if (position != NumItems - 1) {
+        (*positions_)[last] = position;
+      }
+    }
+    TheList[position] = last;
     --NumItems;
   }
+
+  std::unique_ptr<Positions> positions_;  // by item, of a list that has been long; null until it is searched
 };

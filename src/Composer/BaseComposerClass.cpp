@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <iostream>
+#include <iterator>
 #include <string_view>
 
 #include "BaseClasses/Assertions.h"
@@ -19,17 +20,25 @@ constexpr const char* kFileName = "BaseComposerClass";
 
 struct BaseComposerClass::Storage {
   Storage(std::size_t modelCount, std::size_t sharedCount)
-      : models(modelCount), sharedVariables(sharedCount), equivalents(sharedCount), merged(sharedCount) {}
+      : models(modelCount),
+        sharedVariables(sharedCount),
+        equivalents(sharedCount),
+        merged(sharedCount),
+        ends(sharedCount) {}
 
   std::vector<BaseModelClass*> models;
   std::vector<BaseStateVariableClass*> sharedVariables;
   std::vector<SharedStateVarLink*> equivalents;
   std::vector<std::list<BaseStateVariableClass*>> merged;
+  std::vector<SharedStateVarLink*> ends;  // by index, the link that was attached last
   std::vector<std::unique_ptr<char[]>> nameTexts;
   std::vector<char*> names;
   std::vector<std::unique_ptr<SharedStateVarLink>> links;  // those made here, and none that was attached from below
   std::vector<BaseActionClass*> actions;
   std::vector<BaseGroupClass*> groups;
+  // The children that may hold shared variables of their own, as found by SetupActions.
+  std::vector<BaseModelClass*> composedModels;
+  bool hasFoundComposedModels = false;
 };
 
 BaseComposerClass::BaseComposerClass(const char* name, int modelCount, int sharedCount, const char* const* names)
@@ -164,6 +173,15 @@ void BaseComposerClass::SetupActions() {
   }
   ActionList = actions.data();
   GroupList = groups.data();
+  findComposedModels();
+}
+
+void BaseComposerClass::findComposedModels() {
+  std::vector<BaseModelClass*>& composed = storage_->composedModels;
+  composed.clear();
+  std::ranges::copy_if(children(), std::back_inserter(composed),
+                       [](const BaseModelClass* child) { return child->HoldsSharedVariables; });
+  storage_->hasFoundComposedModels = true;
 }
 
 void BaseComposerClass::addSharedPtr(BaseStateVariableClass* Variable, const char* VarName) {
@@ -191,12 +209,17 @@ void BaseComposerClass::addSharingInfo(BaseStateVariableClass* oldVar, BaseState
   SharedStateVarLink* const link =
       storage_->links.emplace_back(std::make_unique<SharedStateVarLink>(oldVar, parent)).get();
   SharedStateVarLink*& head = SharedStateVarList[VarIndex];
+  SharedStateVarLink*& end = storage_->ends[static_cast<std::size_t>(VarIndex)];
   if (head == nullptr) {
     head = link;
   } else {
-    head->addStateVarLink(link);
+    (end == nullptr ? head : end)->addStateVarLink(link);  // from the end known, as the list may be a long one
   }
-  for (BaseModelClass* const child : children()) {
+  end = link;
+  if (!storage_->hasFoundComposedModels) {
+    findComposedModels();
+  }
+  for (BaseModelClass* const child : storage_->composedModels) {
     if (SharedStateVarLink* const list = child->getListOfSharedVariables(oldVar); list != nullptr) {
       head->addStateVarLink(list);
     }

@@ -116,6 +116,9 @@ class BaseComposerClass : public BaseModelClass {
   /// The variables added so far.
   [[nodiscard]] std::span<BaseStateVariableClass* const> sharedVariables() const;
 
+  /// Notes the children that may hold shared variables of their own.
+  void findComposedModels();
+
   PreselectGroup InstantaneousActions;  // takes part in construction alone; nothing is put in it
 
  private:

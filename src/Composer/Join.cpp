@@ -1,8 +1,9 @@
 #include "Composer/Join.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <string_view>
+#include <unordered_set>
 
 #include "BaseClasses/Assertions.h"
 #include "BaseClasses/BaseActionClass.h"
@@ -36,16 +37,11 @@ void Join::Setup() {
     SubmodelStateSize[counter] = ModelArray[counter]->StateSize();
   }
 
-  ObjectCounter = NumActions > 0 ? 1 : 0;
-  for (counter = 1; counter < NumActions; counter++) {
-    const char* const name = ActionList[counter]->ActionName;
-    const bool isRepeat = std::any_of(ActionList, ActionList + counter, [name](const BaseActionClass* earlier) {
-      return std::strcmp(earlier->ActionName, name) == 0;
-    });
-    if (!isRepeat) {
-      ObjectCounter++;
-    }
+  std::unordered_set<std::string_view> names;
+  for (counter = 0; counter < NumActions; counter++) {
+    names.insert(ActionList[counter]->ActionName);
   }
+  ObjectCounter = static_cast<std::int32_t>(names.size());
   ActionNameTableSize = ObjectCounter * 4;
   ActionNameHashTable = new const char* [static_cast<std::size_t>(ActionNameTableSize)] {};
   ActionNameCardinalities = new std::int32_t[static_cast<std::size_t>(ActionNameTableSize)]();

@@ -10,6 +10,8 @@
 #include <fstream>
 #include <iostream>
 #include <limits>
+#include <unordered_map>
+#include <vector>
 
 #include "BaseClasses/Assertions.h"
 #include "BaseClasses/BaseGroupClass.h"
@@ -231,6 +233,10 @@ void PVModel::MakeImpulseAffectedLists() {
 void PVModel::addImpulseDependencies(int pvCounter, int impulse) {
   PerformanceVariableNode& node = *PerformanceVariableList[pvCounter];
   const ActionModelPairClass& names = node.ActionNamesList[impulse];
+  std::unordered_map<const BaseModelClass*, std::vector<int>> workersOfModel;
+  for (int worker = 0; worker < node.NumberOfImpulseWorkers[impulse]; ++worker) {
+    workersOfModel[node.ImpulseWorkersList[impulse][worker]->ContainingModel].push_back(worker);
+  }
   List<BaseModelClass> containingModels;
   listModels(names.ModelName, &containingModels);
   for (int m = 0; m < containingModels.getNumItems(); ++m) {
@@ -246,26 +252,25 @@ void PVModel::addImpulseDependencies(int pvCounter, int impulse) {
       action.AffectedImpulseWorkers[pvCounter] = new int* [numImpulses] {};
       action.NumAffectedImpulseWorkers[pvCounter] = new int[numImpulses]{};
     }
-    addImpulseWorkersToAction(action, pvCounter, impulse, &containingModel);
+    addImpulseWorkersToAction(action, pvCounter, impulse, workersOfModel[&containingModel]);
   }
 }
 
-/// Appends to the action the workers of the impulse whose action stands in that model instance.
+/// Appends to the action the workers of the impulse whose action stands in its model instance.
 void PVModel::addImpulseWorkersToAction(BaseActionClass& action, int pvCounter, int impulse,
-                                        const BaseModelClass* containingModel) {
-  const PerformanceVariableNode& node = *PerformanceVariableList[pvCounter];
-  const int numWorkers = node.NumberOfImpulseWorkers[impulse];
+                                        const std::vector<int>& added) {
   int*& workers = action.AffectedImpulseWorkers[pvCounter][impulse];
   int& count = action.NumAffectedImpulseWorkers[pvCounter][impulse];
   if (workers == nullptr) {
     action.AffectedImpulseRewards[pvCounter].insert(impulse);
-    workers = new int[static_cast<std::size_t>(numWorkers)];
   }
-  for (int worker = 0; worker < numWorkers; ++worker) {
-    if (node.ImpulseWorkersList[impulse][worker]->ContainingModel == containingModel) {
-      workers[count++] = worker;
-    }
-  }
+  // Just as long as needed: an array for every worker of the impulse would make the memory of a model of n replicas take
+  // the square of n.
+  int* const longer = new int[static_cast<std::size_t>(count) + added.size()];
+  std::copy(added.begin(), added.end(), std::copy_n(workers, count, longer));
+  delete[] workers;
+  workers = longer;
+  count += static_cast<int>(added.size());
 }
 
 void PVModel::CreateAffectedLists() {

@@ -161,8 +161,8 @@ class PVModel : public BaseModelClass {
  private:
   void addVariableDependencies(int pvCounter);
   void addImpulseDependencies(int pvCounter, int impulse);
-  void addImpulseWorkersToAction(BaseActionClass& action, int pvCounter, int impulse,
-                                 const BaseModelClass* containingModel);
+  static void addImpulseWorkersToAction(BaseActionClass& action, int pvCounter, int impulse,
+                                        const std::vector<int>& added);
   bool allocateRateData(BaseActionClass& action);
   bool allocateImpulseData(BaseActionClass& action);
   void completeRateData(BaseActionClass& action);

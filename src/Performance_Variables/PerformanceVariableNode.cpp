@@ -291,6 +291,15 @@ void PerformanceVariableNode::CreateModelGroupList() {
       ModelList[worker].SetModel(name, instances[repetition % instances.size()]);
     }
   }
+  workersOfModel_.clear();
+  for (int worker = 0; worker < NumberOfWorkers; ++worker) {
+    for (int name = 0; name < NumberOfModelNames; ++name) {
+      std::vector<int>& workers = workersOfModel_[ModelList[worker].ModelList[name]];
+      if (workers.empty() || workers.back() != worker) {
+        workers.push_back(worker);
+      }
+    }
+  }
 }
 
 void PerformanceVariableNode::FixWorkerList() {
@@ -383,10 +392,12 @@ void PerformanceVariableNode::FixImpulseWorkerLists() {
 }
 
 void PerformanceVariableNode::AddPVWorkersToAction(BaseActionClass* Action, const BaseModelClass* TheModel) const {
-  for (int worker = 0; worker < NumberOfWorkers; ++worker) {
-    if (ModelList[worker].IsDependentOnModel(TheModel)) {
-      Action->AffectedRateWorkers[id].insert(worker);
-    }
+  const auto workers = workersOfModel_.find(TheModel);
+  if (workers == workersOfModel_.end()) {
+    return;
+  }
+  for (const int worker : workers->second) {
+    Action->AffectedRateWorkers[id].insert(worker);
   }
 }
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <unordered_map>
+#include <vector>
+
 #include "BaseClasses/BaseActionClass.h"
 #include "Performance_Variables/RewardTypes.h"
 
@@ -213,8 +216,9 @@ class PerformanceVariableNode {
   template <typename Visitor>
   void forEachAffectedImpulseWorker(const BaseActionClass& action, Visitor visit) const;
 
-  BaseModelClass* topModel_ = nullptr;  // borrowed from the reward model
-  int varNameCapacity_ = 0;             // upper bounds given to Initialize
+  BaseModelClass* topModel_ = nullptr;                                          // borrowed from the reward model
+  std::unordered_map<const BaseModelClass*, std::vector<int>> workersOfModel_;  // those that depend on it, ascending
+  int varNameCapacity_ = 0;                                                     // upper bounds given to Initialize
   int modelNameCapacity_ = 0;
   int impulseCapacity_ = 0;
 };

@@ -55,11 +55,14 @@ void SANModel::LocalState::GetState(const BaseModelClass* model) {
   const_cast<BaseModelClass*>(model)->CurrentState(GetStatePtr());
 }
 
-SANModel::SANModel() = default;
+SANModel::SANModel() {
+  HoldsSharedVariables = false;
+}
 
 SANModel::SANModel(const char* ModelName, int NPlaces, BaseStateVariableClass** Places, int NReadOnlyPlaces,
                    BaseStateVariableClass** ROPlaces, int NActions, Activity** Activities, int NGroups,
-                   BaseGroupClass** Groups) {
+                   BaseGroupClass** Groups)
+    : SANModel() {
   initializeSANModelNow(ModelName, NPlaces, Places, NReadOnlyPlaces, ROPlaces, NActions, Activities, NGroups, Groups);
 }
 

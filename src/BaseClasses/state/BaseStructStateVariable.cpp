@@ -112,6 +112,10 @@ class RecordLayout {
   std::size_t size_ = 0;
 };
 
+std::vector<BaseActionClass*> itemsOf(List<BaseActionClass>& list) {
+  return {list.getList(), list.getList() + list.getNumItems()};
+}
+
 }  // namespace
 
 BaseStructStateVariable::BaseStructStateVariable(const char* name, const char* prefix)
@@ -190,12 +194,16 @@ void BaseStructStateVariable::ShareWith(BaseStructStateVariable* otherStruct) {
   if (otherOwner == listOwner_) {
     return;  // one variable already
   }
+  // Only the actions of the lists as they stand now can name the other struct; to ask all those of the merged lists would
+  // make the building of a model of n replicas take the square of n.
+  const std::vector<BaseActionClass*> affecting = itemsOf(*otherStruct->getAffectingActions());
+  const std::vector<BaseActionClass*> enabled = itemsOf(*otherStruct->getEnabledActions());
   takeIn(otherOwner);
-  for (int i = 0; i < otherStruct->getNumAffectingActions(); i++) {
-    otherStruct->getAffectingAction(i)->replaceAffectedSV(otherStruct, this);
+  for (BaseActionClass* const action : affecting) {
+    action->replaceAffectedSV(otherStruct, this);
   }
-  for (int i = 0; i < otherStruct->getNumEnabledActions(); i++) {
-    otherStruct->getEnabledAction(i)->replaceEnablingSV(otherStruct, this);
+  for (BaseActionClass* const action : enabled) {
+    action->replaceEnablingSV(otherStruct, this);
   }
 }
 
