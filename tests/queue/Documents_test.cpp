@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-// The example in the documents is cut from the sources of models/queue, and must stay the same text.
+// What docs/engine.md shows of a model by hand is cut from a program of the tests, and must stay the same text. The
+// modelling page has a test of its own, test_modelling_page.py.
 
 namespace {
 
@@ -31,16 +32,12 @@ std::vector<std::string> codeBlocks(const std::string& text, const std::string& 
   return blocks;
 }
 
-TEST(DocumentsTest, EveryCodeBlockOfTheExampleStandsInItsSources) {
-  std::string sources;
-  for (const auto& entry : std::filesystem::directory_iterator(kTop / "models" / "queue")) {
-    sources += contents(entry.path());
-  }
-  const std::string document = contents(kTop / "docs" / "writing-a-model.md");
-  const std::vector<std::string> blocks = codeBlocks(document, "cpp");
+TEST(DocumentsTest, EveryCodeBlockOfTheEnginePageStandsInTheQueueByHand) {
+  const std::string source = contents(kTop / "tests" / "Modelling" / "programs" / "QueueByHand.cpp");
+  const std::vector<std::string> blocks = codeBlocks(contents(kTop / "docs" / "engine.md"), "cpp");
   EXPECT_GE(blocks.size(), 4U);
   for (const std::string& block : blocks) {
-    EXPECT_NE(sources.find(block), std::string::npos) << "in no file of models/queue:\n" << block;
+    EXPECT_NE(source.find(block), std::string::npos) << "not in QueueByHand.cpp:\n" << block;
   }
 }
 
