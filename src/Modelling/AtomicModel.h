@@ -1,6 +1,5 @@
 #pragma once
 
-#include <initializer_list>
 #include <memory>
 #include <string>
 #include <utility>
@@ -90,14 +89,14 @@ class AtomicModel : public SANModel {
   /// Makes a group, a PreselectGroup, a PostselectGroup or one of a class of the model's, of members that are not
   /// scheduled by themselves: activities made by firesInGroup, or groups made by innerGroup.
   template <typename Group>
-  Group& group(const char* name, std::initializer_list<BaseGroupClass*> members) {
+  Group& group(const char* name, const std::vector<BaseGroupClass*>& members) {
     Group& made = innerGroup<Group>(name, members);
     schedule(made);
     return made;
   }
   /// A group that is a member of another one.
   template <typename Group>
-  Group& innerGroup(const char* name, std::initializer_list<BaseGroupClass*> members) {
+  Group& innerGroup(const char* name, const std::vector<BaseGroupClass*>& members) {
     auto made = std::make_unique<Group>();
     Group& reference = *made;
     reference.initialize(static_cast<int>(members.size()), name);

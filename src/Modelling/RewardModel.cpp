@@ -51,16 +51,17 @@ RewardModel::~RewardModel() {
 }
 
 BaseModelClass& RewardModel::model(const ChildModel& composition) {
-  setModel(composition.make());
-  TheModel->DefineName(composition.name.c_str());
-  return *TheModel;
+  BaseModelClass& top = model(composition.make());
+  top.DefineName(composition.name.c_str());
+  return top;
 }
 
-void RewardModel::setModel(std::unique_ptr<BaseModelClass> model) {
+BaseModelClass& RewardModel::model(std::unique_ptr<BaseModelClass> made) {
   if (TheModel != nullptr) {
     failModel("reward model " + quoted(Name) + " was given two models: join them");
   }
-  TheModel = model.release();
+  TheModel = made.release();
+  return *TheModel;
 }
 
 PerformanceVariable& RewardModel::add(std::string name, RewardType type, std::vector<double> starts,
@@ -73,7 +74,7 @@ PerformanceVariable& RewardModel::add(std::string name, RewardType type, std::ve
       std::make_unique<PerformanceVariable>(std::move(name), type, std::move(starts), std::move(stops)));
 }
 
-PerformanceVariable& RewardModel::instantOfTime(std::string name, std::vector<double> times) {
+PerformanceVariable& RewardModel::instantOfTime(std::string name, const std::vector<double>& times) {
   return add(std::move(name), INSTANT_OF_TIME, times, times);
 }
 

@@ -39,17 +39,17 @@ class RewardModel final : public PVModel {
   /// Makes the top model from these arguments, and returns it.
   template <typename Model, typename... Arguments>
   Model& model(Arguments&&... arguments) {
-    auto made = std::make_unique<Model>(std::forward<Arguments>(arguments)...);
-    Model& top = *made;
-    setModel(std::move(made));
-    return top;
+    return static_cast<Model&>(model(std::make_unique<Model>(std::forward<Arguments>(arguments)...)));
   }
 
   /// Makes the top model of a composition, such as `model(replicate("fleet", 3, child<Machine>("machine")))`.
   BaseModelClass& model(const ChildModel& composition);
 
+  /// Takes over a top model that is made already.
+  BaseModelClass& model(std::unique_ptr<BaseModelClass> made);
+
   /// The rate reward at each of the times, plus the impulses of exactly those times.
-  PerformanceVariable& instantOfTime(std::string name, std::vector<double> times);
+  PerformanceVariable& instantOfTime(std::string name, const std::vector<double>& times);
   PerformanceVariable& instantOfTime(std::string name, double time);
 
   /// The rate reward's integral over an interval, plus the impulses of both ends and between.
@@ -68,7 +68,6 @@ class RewardModel final : public PVModel {
   PerformanceVariableNode* createPVNode(int pvindex, int timeindex) override;
 
  private:
-  void setModel(std::unique_ptr<BaseModelClass> model);
   PerformanceVariable& add(std::string name, RewardType type, std::vector<double> starts, std::vector<double> stops);
   void checkNames();
   void checkImpulse(const PerformanceVariable& variable, const PerformanceVariable::Impulse& impulse);

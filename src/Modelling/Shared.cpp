@@ -74,6 +74,7 @@ std::unique_ptr<BaseStateVariableClass> twinOf(BaseStateVariableClass& variable,
 
 std::vector<const char*> namesOf(const std::vector<Shared>& shared) {
   std::vector<const char*> names;
+  names.reserve(shared.size());
   for (const Shared& one : shared) {
     names.push_back(one.name().c_str());
   }

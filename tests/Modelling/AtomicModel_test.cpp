@@ -3,6 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,6 +19,13 @@ using namespace modelling;
 using ::testing::DoubleEq;
 using ::testing::ElementsAre;
 
+template <typename Action>
+std::vector<std::string> namesOf(Action** actions, int count) {
+  std::vector<std::string> names(static_cast<std::size_t>(count));
+  std::transform(actions, actions + count, names.begin(), [](Action* action) { return action->ActionName; });
+  return names;
+}
+
 /// A model under test: all that a derived class may do is open.
 class OpenModel : public AtomicModel {
  public:
@@ -26,20 +37,8 @@ class OpenModel : public AtomicModel {
   using AtomicModel::make;
   using AtomicModel::makeReadOnly;
 
-  [[nodiscard]] std::vector<std::string> actionNames() const {
-    std::vector<std::string> names;
-    for (int i = 0; i < NumActions; ++i) {
-      names.emplace_back(ActionList[i]->ActionName);
-    }
-    return names;
-  }
-  [[nodiscard]] std::vector<std::string> groupNames() const {
-    std::vector<std::string> names;
-    for (int i = 0; i < NumGroups; ++i) {
-      names.emplace_back(GroupList[i]->ActionName);
-    }
-    return names;
-  }
+  [[nodiscard]] std::vector<std::string> actionNames() const { return namesOf(ActionList, NumActions); }
+  [[nodiscard]] std::vector<std::string> groupNames() const { return namesOf(GroupList, NumGroups); }
 
   Variable<Place> a{*this, "a", 2};
   Variable<Place> b{*this, "b"};
@@ -217,10 +216,8 @@ class DelayTest : public AtomicModelTest {
     Activity& activity = builder.fires({}, [] {});
     EXPECT_EQ(activity.DistributionType, type);
     TheGenerator.RNG->srnd(4711);
-    std::vector<double> drawn;
-    for (int i = 0; i < 5; ++i) {
-      drawn.push_back(activity.SampleDistribution());
-    }
+    std::array<double, 5> drawn{};
+    std::ranges::generate(drawn, [&activity] { return activity.SampleDistribution(); });
     TheGenerator.RNG->srnd(4711);
     for (const double one : drawn) {
       EXPECT_THAT(draw(*TheDistribution), DoubleEq(one)) << activity.ActionName;

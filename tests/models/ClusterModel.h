@@ -58,7 +58,7 @@ class ClusterModel : public kit::AtomicModel {
 
   /// Share of time in which fewer than all stations of a side, or of a side's number of both, can be reached.
   static kit::RateReward isBelowPremium() {
-    return {{"cluster"}, [](kit::ModelInstances models) {
+    return {"cluster", [](kit::ModelInstances models) {
               const auto& places = static_cast<ClusterModel*>(models[0])->places_;
               const auto mark = [&places](std::size_t component) { return places[component]->Mark(); };
               const bool left = mark(0) >= kStations && mark(2) > 0;
@@ -68,7 +68,7 @@ class ClusterModel : public kit::AtomicModel {
             }};
   }
   static kit::RateReward percentOfStations() {
-    return {{"cluster"}, [](kit::ModelInstances models) {
+    return {"cluster", [](kit::ModelInstances models) {
               const auto& places = static_cast<ClusterModel*>(models[0])->places_;
               return 100.0 * (places[0]->Mark() + places[1]->Mark()) / (2.0 * kStations);
             }};

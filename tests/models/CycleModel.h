@@ -140,7 +140,7 @@ class CycleModel : public kit::AtomicModel {
   }
 
   static kit::RateReward numberAt(int station) {
-    return {{"cycle"},
+    return {"cycle",
             [station](kit::ModelInstances models) { return static_cast<CycleModel*>(models[0])->holds(station); }};
   }
 

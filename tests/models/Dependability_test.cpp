@@ -25,20 +25,20 @@ class DuplexModel : public kit::AtomicModel {
     Place& f = place("f", 0);
     const auto both = [&n] { return n.Mark() == 2; };
     const auto firstFailure = [failureRate] { return TheDistribution->Exponential(2.0 * failureRate); };
-    kit::FunctionActivity& covered = member("fail2_case1", {&n}, {&n},
-                                            {.enabled = both,
-                                             .delay = firstFailure,
-                                             .fire = [&n] { --n.Mark(); },
-                                             .weight = [coverage] { return coverage; }});
-    kit::FunctionActivity& uncovered = member("fail2_case2", {&n}, {&n, &f},
-                                              {.enabled = both,
-                                               .delay = firstFailure,
-                                               .fire =
-                                                   [&n, &f] {
-                                                     f.Mark() = 1;
-                                                     n.Mark() = 0;
-                                                   },
-                                               .weight = [coverage] { return 1.0 - coverage; }});
+    Activity& covered = member("fail2_case1", {&n}, {&n},
+                               {.enabled = both,
+                                .delay = firstFailure,
+                                .fire = [&n] { --n.Mark(); },
+                                .weight = [coverage] { return coverage; }});
+    Activity& uncovered = member("fail2_case2", {&n}, {&n, &f},
+                                 {.enabled = both,
+                                  .delay = firstFailure,
+                                  .fire =
+                                      [&n, &f] {
+                                        f.Mark() = 1;
+                                        n.Mark() = 0;
+                                      },
+                                  .weight = [coverage] { return 1.0 - coverage; }});
     group<PostselectGroup>("fail2", {&covered, &uncovered});
     activity("fail1", {&n}, {&n, &f},
              {.enabled = [&n] { return n.Mark() == 1; },
@@ -57,10 +57,10 @@ class DuplexModel : public kit::AtomicModel {
   }
 
   static RateReward failed() {
-    return {{"duplex"}, [](ModelInstances models) { return static_cast<DuplexModel*>(models[0])->f_->Mark(); }};
+    return {"duplex", [](ModelInstances models) { return static_cast<DuplexModel*>(models[0])->f_->Mark(); }};
   }
   static RateReward working() {
-    return {{"duplex"}, [](ModelInstances models) { return 1.0 - static_cast<DuplexModel*>(models[0])->f_->Mark(); }};
+    return {"duplex", [](ModelInstances models) { return 1.0 - static_cast<DuplexModel*>(models[0])->f_->Mark(); }};
   }
 
  private:
@@ -88,7 +88,7 @@ class TwoOfThreeModel : public kit::AtomicModel {
   }
 
   static RateReward working() {
-    return {{"voter"}, [](ModelInstances models) {
+    return {"voter", [](ModelInstances models) {
               return static_cast<TwoOfThreeModel*>(models[0])->failures_->Mark() <= 1 ? 1.0 : 0.0;
             }};
   }
@@ -110,14 +110,13 @@ class TimeoutModel : public kit::AtomicModel {
     activity("timeout", {&state}, {&state},
              {.enabled = running,
               .delay = [] { return TheDistribution->Deterministic(3.0); },
-              .fire = [&state] { state.Mark() = 2; },
-              .distribution = Deterministic});
+              .fire = [&state] { state.Mark() = 2; }});
     finish("job");
     state_ = &state;
   }
 
   static RateReward inState(short wanted) {
-    return {{"job"}, [wanted](ModelInstances models) {
+    return {"job", [wanted](ModelInstances models) {
               return static_cast<TimeoutModel*>(models[0])->state_->Mark() == wanted ? 1.0 : 0.0;
             }};
   }

@@ -37,15 +37,15 @@ class MachineModel : public kit::AtomicModel {
     const auto after = [](double rate) { return [rate] { return TheDistribution->Exponential(rate); }; };
     const auto weighing = [](double weight) { return [weight] { return weight; }; };
 
-    kit::FunctionActivity& minor =
+    Activity& minor =
         member("fail_case1", {&state}, {&state}, {in(kUp), after(kFailureRate), goTo(kMinor), weighing(3.0)});
-    kit::FunctionActivity& major =
+    Activity& major =
         member("fail_case2", {&state}, {&state}, {in(kUp), after(kFailureRate), goTo(kMajor), weighing(1.0)});
     group<PostselectGroup>("fail", {&minor, &major});
     activity("patch", {&state}, {&state}, {in(kMinor), after(kMinorRepairRate), goTo(kUp)});
-    kit::FunctionActivity& quick =
+    Activity& quick =
         member("repair_case1", {&state}, {&state}, {in(kMajor), after(kQuickRepairRate), goTo(kUp), weighing(2.0)});
-    kit::FunctionActivity& slow =
+    Activity& slow =
         member("repair_case2", {&state}, {&state}, {in(kMajor), after(kSlowRepairRate), goTo(kUp), weighing(3.0)});
     group<PreselectGroup>("repair", {&quick, &slow});
     finish("machine");
@@ -53,7 +53,7 @@ class MachineModel : public kit::AtomicModel {
   }
 
   static RateReward is(State wanted) {
-    return {{"machine"}, [wanted](ModelInstances models) {
+    return {"machine", [wanted](ModelInstances models) {
               return static_cast<MachineModel*>(models[0])->state_->Mark() == wanted ? 1.0 : 0.0;
             }};
   }
@@ -167,8 +167,7 @@ class RivalsModel : public kit::AtomicModel {
                       ++reached.Mark();
                     },
                 .weight = [weight] { return weight; },
-                .rank = rank,
-                .distribution = Instantaneous});
+                .rank = rank});
     };
     rival("light", 1.0, 2);
     rival("late", 1000.0, 1);

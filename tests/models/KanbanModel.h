@@ -39,14 +39,14 @@ class KanbanModel : public kit::AtomicModel {
 
   /// Parts in the cell, 1 to 4.
   static kit::RateReward partsIn(int cell) {
-    return {{"kanban"}, [cell](kit::ModelInstances models) {
+    return {"kanban", [cell](kit::ModelInstances models) {
               const Cell& seen = of(models).cells_[static_cast<std::size_t>(cell - 1)];
               return static_cast<double>(seen.m->Mark() + seen.b->Mark() + seen.o->Mark());
             }};
   }
   /// Whether `in` is enabled, which has rate 1.
   static kit::RateReward takesIn() {
-    return {{"kanban"}, [](kit::ModelInstances models) { return of(models).cells_[0].k->Mark() > 0 ? 1.0 : 0.0; }};
+    return {"kanban", [](kit::ModelInstances models) { return of(models).cells_[0].k->Mark() > 0 ? 1.0 : 0.0; }};
   }
 
  private:

@@ -8,223 +8,47 @@
 #include <numeric>
 #include <utility>
 
-#include "Performance_Variables/InstantOfTimeWorker.h"
-#include "Performance_Variables/IntervalOfTimeImpulse.h"
-#include "Performance_Variables/IntervalOfTimeWorker.h"
-#include "Performance_Variables/SteadyStateImpulse.h"
-#include "Performance_Variables/SteadyStateWorker.h"
-#include "Performance_Variables/TimeAveragedIntervalOfTimeWorker.h"
 #include "Simulator/SimulatorClass.h"
-#include "Simulator/UserDistributions.h"
 #include "support/TemporaryFile.h"
 #include "support/TestStudy.h"
 
 namespace kit {
 
-FunctionActivity::FunctionActivity(const char* name, Behaviour behaviour) : behaviour_(std::move(behaviour)) {
-  ActivityInitialize(name, 0, behaviour_.distribution, RaceEnabled, 0, 0, false);
-}
-
-bool FunctionActivity::Enabled() {
-  OldEnabled = NewEnabled;
-  NewEnabled = behaviour_.enabled();
-  return NewEnabled;
-}
-
-BaseActionClass* FunctionActivity::Fire() {
-  behaviour_.fire();
-  return this;
-}
-
-AtomicModel::~AtomicModel() = default;
-
-Place& AtomicModel::place(const char* name, short mark) {
-  return variable(std::make_unique<Place>(name, mark));
-}
-
-FunctionActivity& AtomicModel::activity(const char* name, std::vector<BaseStateVariableClass*> enabling,
-                                        std::vector<BaseStateVariableClass*> affected,
-                                        FunctionActivity::Behaviour behaviour) {
-  FunctionActivity& made = member(name, std::move(enabling), std::move(affected), std::move(behaviour));
-  scheduled_.push_back(&made);
-  return made;
-}
-
-FunctionActivity& AtomicModel::member(const char* name, std::vector<BaseStateVariableClass*> enabling,
-                                      std::vector<BaseStateVariableClass*> affected,
-                                      FunctionActivity::Behaviour behaviour) {
-  activities_.push_back(
-      {std::make_unique<FunctionActivity>(name, std::move(behaviour)), std::move(enabling), std::move(affected)});
-  return *activities_.back().activity;
-}
-
-void AtomicModel::finish(const char* name) {
-  std::vector<BaseStateVariableClass*> variables;
-  for (const auto& one : variables_) {
-    variables.push_back(one.get());
-  }
-  std::vector<Activity*> activities;
-  for (const Declared& declared : activities_) {
-    activities.push_back(declared.activity.get());
-  }
-  initializeSANModelNow(name, static_cast<int>(variables.size()), variables.data(), 0, nullptr,
-                        static_cast<int>(activities.size()), activities.data(), static_cast<int>(scheduled_.size()),
-                        scheduled_.data());
-  for (std::size_t i = 0; i < scheduled_.size(); ++i) {
-    scheduled_[i]->setGroupId(static_cast<int>(i));
-  }
-  for (const Declared& declared : activities_) {
-    for (BaseStateVariableClass* one : declared.affected) {
-      AddAffectArc(one, declared.activity.get());
-    }
-  }
-  for (const Declared& declared : activities_) {
-    for (BaseStateVariableClass* one : declared.enabling) {
-      AddEnableArc(one, declared.activity.get());
-    }
-  }
-  for (const Declared& declared : activities_) {
-    declared.activity->LinkVariables();
-  }
-}
-
 namespace {
 
-/// Slots for model instances, as workers and impulses offer them to the reward model.
-class ModelSlots {
- public:
-  explicit ModelSlots(std::size_t number) : instances_(number), pointers_(number) {
-    for (std::size_t i = 0; i < number; ++i) {
-      pointers_[i] = &instances_[i];
-    }
-  }
-
-  [[nodiscard]] BaseModelClass*** pointers() { return pointers_.data(); }
-  [[nodiscard]] ModelInstances instances() const { return instances_; }
-
- private:
-  std::vector<BaseModelClass*> instances_;
-  std::vector<BaseModelClass**> pointers_;
-};
-
-/// A rate worker of one kind whose reward is given by a function.
-template <typename Kind>
-class FunctionWorker : public Kind {
- public:
-  explicit FunctionWorker(const RateReward& reward)
-      : Kind(static_cast<int>(reward.models.size())), instances_(reward.models.size()), function_(reward.function) {
-    for (std::size_t i = 0; i < instances_.size(); ++i) {
-      this->TheModelPtr[i] = &instances_[i];
-    }
-  }
-
-  double Reward_Function() override { return function_(instances_); }
-
- private:
-  std::vector<BaseModelClass*> instances_;
-  std::function<double(ModelInstances)> function_;
-};
-
-PerformanceVariableWorker* makeWorker(RewardType type, const RateReward& reward) {
-  switch (type) {
+/// Starts a performance variable of the type of `variable`.
+modelling::PerformanceVariable& begin(modelling::RewardModel& rewards, const Variable& variable) {
+  switch (variable.type) {
     case INSTANT_OF_TIME:
-      return new FunctionWorker<InstantOfTimeWorker>(reward);
+      return rewards.instantOfTime(variable.name, variable.stops);
     case TIMEAVE_INTERVAL_OF_TIME:
-      return new FunctionWorker<TimeAveragedIntervalOfTimeWorker>(reward);
+      return rewards.timeAveraged(variable.name, variable.starts, variable.stops);
     case STEADY_STATE:
-      return new FunctionWorker<SteadyStateWorker>(reward);
+      return rewards.steadyState(variable.name, variable.starts[0], variable.stops[0] - variable.starts[0]);
     default:
-      return new FunctionWorker<IntervalOfTimeWorker>(reward);
+      return rewards.intervalOfTime(variable.name, variable.starts, variable.stops);
   }
 }
 
-/// An impulse of one kind whose reward is given by a function.
-template <typename Kind>
-class FunctionImpulse : public Kind {
- public:
-  explicit FunctionImpulse(const ImpulseReward& reward) : Kind(reward.timeAveraged), reward_(reward), slots_(1) {
-    this->NumberOfModelDependencies = 1;
-    this->TheModelPtr = slots_.pointers();
-  }
-
-  double Impulse_Function(double /*time*/) override { return reward_.function(); }
-
-  ImpulseNodeClass** CreateImpulseWorkerList(int number) override {
-    for (int i = 0; i < number; ++i) {
-      workers_.push_back(std::make_unique<FunctionImpulse>(reward_));
-      list_.push_back(workers_.back().get());
+void describe(modelling::RewardModel& rewards, const Experiment& experiment) {
+  rewards.model(std::unique_ptr<BaseModelClass>(experiment.makeModel()));
+  for (const Variable& variable : experiment.variables) {
+    modelling::PerformanceVariable& described = begin(rewards, variable);
+    for (const RateReward& rate : variable.rates) {
+      described.rate(rate.model, [function = rate.function](BaseModelClass& model) {
+        BaseModelClass* const instance = &model;
+        return function({&instance, 1});
+      });
     }
-    return list_.data();
-  }
-
- private:
-  ImpulseReward reward_;
-  ModelSlots slots_;
-  std::vector<std::unique_ptr<FunctionImpulse>> workers_;
-  std::vector<ImpulseNodeClass*> list_;
-};
-
-std::unique_ptr<ImpulseNodeClass> makeImpulse(RewardType type, const ImpulseReward& reward) {
-  if (type == STEADY_STATE) {
-    return std::make_unique<FunctionImpulse<SteadyStateImpulse>>(reward);
-  }
-  return std::make_unique<FunctionImpulse<IntervalOfTimeImpulse>>(reward);
-}
-
-class VariableNode : public PerformanceVariableNode {
- public:
-  VariableNode(const Variable& variable, int timeIndex) : variable_(variable) {
-    TheModelPtr = &topModel_;
-    Type = variable_.type == STEADY_STATE ? steady_state : terminating;
-    std::vector<double> starts = variable_.starts;
-    std::vector<double> stops = variable_.stops;
-    int models = 0;
-    for (const RateReward& rate : variable_.rates) {
-      models += static_cast<int>(rate.models.size());
-    }
-    Initialize(variable_.name.c_str(), variable_.type, static_cast<int>(stops.size()), starts.data(), stops.data(),
-               timeIndex, static_cast<int>(variable_.impulses.size()), models, 0);
-    for (const RateReward& rate : variable_.rates) {
-      for (const std::string& model : rate.models) {
-        AddModelDependency(model.c_str());
+    for (const ImpulseReward& impulse : variable.impulses) {
+      if (impulse.timeAveraged) {
+        described.impulse(impulse.action, impulse.model, impulse.function);
+      } else {
+        described.impulseSum(impulse.action, impulse.model, impulse.function);
       }
     }
-    for (const ImpulseReward& impulse : variable_.impulses) {
-      impulses_.push_back(makeImpulse(variable_.type, impulse));
-      AddImpulse(impulse.action.c_str(), impulse.model.c_str(), impulses_.back().get());
-    }
   }
-
-  void CreateWorkerList() override {
-    for (int i = 0; i < NumberOfWorkers; ++i) {
-      WorkerList[i] = makeWorker(variable_.type, variable_.rates[0]);
-    }
-  }
-
- private:
-  Variable variable_;
-  BaseModelClass* topModel_ = nullptr;
-  std::vector<std::unique_ptr<ImpulseNodeClass>> impulses_;
-};
-
-class RewardModel : public PVModel {
- public:
-  RewardModel(const Experiment& experiment, bool expandTimeArrays) : variables_(experiment.variables) {
-    TheModel = experiment.makeModel();
-    DefineName("kitPVModel");
-    StateMode = 1;
-    CreatePVList(static_cast<int>(variables_.size()), expandTimeArrays);
-    Initialize();
-  }
-
- protected:
-  PerformanceVariableNode* createPVNode(int pvIndex, int timeIndex) override {
-    return new VariableNode(variables_[static_cast<std::size_t>(pvIndex)], timeIndex);
-  }
-
- private:
-  std::vector<Variable> variables_;
-};
+}
 
 Variable rateVariable(std::string name, RewardType type, double start, double stop, RateReward rate) {
   return {std::move(name), type, {start}, {stop}, {std::move(rate)}, {}};
@@ -319,7 +143,8 @@ namespace {
 /// Runs `experiment` with that option of the kind of run and `settings`; gives what the ASCII result file holds.
 Observations runWith(const std::string& kindOption, const Experiment& experiment, const RunSettings& settings) {
   support::setModelFactory([experiment](bool expandTimeArrays) -> std::unique_ptr<PVModel> {
-    return std::make_unique<RewardModel>(experiment, expandTimeArrays);
+    const auto describeThis = [&experiment](modelling::RewardModel& rewards) { describe(rewards, experiment); };
+    return std::make_unique<modelling::RewardModel>("kit", describeThis, expandTimeArrays);
   });
   const support::TemporaryFile file("models_test");
   std::vector<std::string> words{"test",

@@ -6,116 +6,78 @@
 #include <string>
 #include <vector>
 
-#include "BaseClasses/PostselectGroup.h"
-#include "BaseClasses/PreselectGroup.h"
-#include "BaseClasses/SAN/Activity.h"
-#include "BaseClasses/SAN/Place.h"
-#include "BaseClasses/SAN/SANModel.h"
-#include "Performance_Variables/PVModel.h"
-#include "Performance_Variables/PerformanceVariableNode.h"
-#include "Performance_Variables/RewardTypes.h"
-#include "Study/BaseStudyClass.h"
+#include "Modelling/Modelling.h"
 
-/// What the test models are written with: activities, atomic models, rewards and studies given by functions in place of
-/// generated classes. Convenience over speed; the engine underneath is the real one throughout.
+/// What the test models are written with: the modelling kit in a form whose parts are values, and runs that give their
+/// observations.
 namespace kit {
 
-/// An activity given by functions.
-class FunctionActivity : public Activity {
- public:
-  struct Behaviour {
-    std::function<bool()> enabled;
-    std::function<double()> delay;
-    std::function<void()> fire;
-    std::function<double()> weight = [] { return 1.0; };
-    int rank = 1;
-    bool reactivates = false;  // sampled anew after every firing that leaves it enabled
-    Distribution distribution = Exponential;
-  };
-
-  FunctionActivity(const char* name, Behaviour behaviour);
-
-  bool Enabled() override;
-  double Weight() override { return behaviour_.weight(); }
-  double Rate() override { return 0.0; }
-  bool ReactivationPredicate() override { return behaviour_.reactivates; }
-  bool ReactivationFunction() override { return behaviour_.reactivates; }
-  double SampleDistribution() override { return behaviour_.delay(); }
-  double* ReturnDistributionParameters() override { return nullptr; }
-  int Rank() override { return behaviour_.rank; }
-  BaseActionClass* Fire() override;
-  void LinkVariables() override {}  // places follow sharing through their own pointer
-
- private:
-  Behaviour behaviour_;
+/// What an activity does.
+struct Behaviour {
+  std::function<bool()> enabled;
+  std::function<double()> delay;
+  std::function<void()> fire;
+  std::function<double()> weight = [] { return 1.0; };
+  int rank = 1;
+  bool reactivates = false;  // sampled anew after every firing that leaves it enabled
 };
 
 /// An atomic model under construction: declare variables and activities in the constructor of a derived class, then
 /// call finish. Owns what it declares.
-class AtomicModel : public SANModel {
+class AtomicModel : public modelling::AtomicModel {
+  auto begun(const char* name, const std::vector<BaseStateVariableClass*>& enabling, const Behaviour& behaviour) {
+    const auto reactivates = [does = behaviour.reactivates] { return does; };
+    return modelling::AtomicModel::activity(name)
+        .enabledBy(enabling, behaviour.enabled)
+        .delayedBy(behaviour.delay)
+        .weight(behaviour.weight)
+        .rank(behaviour.rank)
+        .reactivating(reactivates, reactivates);
+  }
+
  public:
-  AtomicModel() = default;
-  AtomicModel(const AtomicModel&) = delete;
-  AtomicModel& operator=(const AtomicModel&) = delete;
-  ~AtomicModel() override;
+  AtomicModel() : modelling::AtomicModel("") {}
 
  protected:
-  Place& place(const char* name, short mark);
+  Place& place(const char* name, short mark) { return make<Place>(name, mark); }
 
   /// Takes over a variable made by the caller, such as an array or a struct.
   template <typename Variable>
   Variable& variable(std::unique_ptr<Variable> made) {
     Variable& reference = *made;
+    addVariable(reference);
     variables_.push_back(std::move(made));
     return reference;
   }
 
   /// An activity that is a group of its own. `enabling` are read by its predicate, `affected` written by its firing.
-  FunctionActivity& activity(const char* name, std::vector<BaseStateVariableClass*> enabling,
-                             std::vector<BaseStateVariableClass*> affected, FunctionActivity::Behaviour behaviour);
-
-  /// An activity that is scheduled as a member of a group only.
-  FunctionActivity& member(const char* name, std::vector<BaseStateVariableClass*> enabling,
-                           std::vector<BaseStateVariableClass*> affected, FunctionActivity::Behaviour behaviour);
-
-  template <typename Group>
-  Group& group(const char* name, const std::vector<FunctionActivity*>& members) {
-    auto made = std::make_unique<Group>();
-    Group& reference = *made;
-    reference.initialize(static_cast<int>(members.size()), name);
-    for (FunctionActivity* one : members) {
-      reference.appendGroup(one);
-    }
-    scheduled_.push_back(&reference);
-    groups_.push_back(std::move(made));
-    return reference;
+  Activity& activity(const char* name, const std::vector<BaseStateVariableClass*>& enabling,
+                     const std::vector<BaseStateVariableClass*>& affected, const Behaviour& behaviour) {
+    return begun(name, enabling, behaviour).fires(affected, behaviour.fire);
   }
 
-  /// Hands all that was declared to the model and adds the arcs, affecting ones first.
-  void finish(const char* name);
+  /// An activity that is scheduled as a member of a group only.
+  Activity& member(const char* name, const std::vector<BaseStateVariableClass*>& enabling,
+                   const std::vector<BaseStateVariableClass*>& affected, const Behaviour& behaviour) {
+    return begun(name, enabling, behaviour).firesInGroup(affected, behaviour.fire);
+  }
+
+  /// Names the model.
+  void finish(const char* name) { DefineName(name); }
 
  private:
-  struct Declared {
-    std::unique_ptr<FunctionActivity> activity;
-    std::vector<BaseStateVariableClass*> enabling;
-    std::vector<BaseStateVariableClass*> affected;
-  };
-
   std::vector<std::unique_ptr<BaseStateVariableClass>> variables_;
-  std::vector<Declared> activities_;
-  std::vector<std::unique_ptr<BaseGroupClass>> groups_;
-  std::vector<BaseGroupClass*> scheduled_;  // in group list order, borrowed from the two above
 };
 
 /// The delay of an exponential activity.
 std::function<double()> exponential(double rate);
 
-/// One rate reward or impulse of a variable; see Variable.
 using ModelInstances = std::span<BaseModelClass* const>;
 
+/// One rate reward or impulse of a variable; see Variable.
 struct RateReward {
-  std::vector<std::string> models;  // a worker for each combination of their instances
-  std::function<double(ModelInstances)> function;
+  std::string model;
+  std::function<double(ModelInstances)> function;  // of one instance
 };
 
 struct ImpulseReward {

@@ -28,13 +28,13 @@ class MultiServerModel : public kit::AtomicModel {
   }
 
   static kit::RateReward numberInSystem() {
-    return {{"servers"}, [](kit::ModelInstances models) { return static_cast<double>(of(models).q_->Mark()); }};
+    return {"servers", [](kit::ModelInstances models) { return static_cast<double>(of(models).q_->Mark()); }};
   }
   static kit::RateReward numberBusy() {
-    return {{"servers"}, [](kit::ModelInstances models) { return of(models).busyServers(); }};
+    return {"servers", [](kit::ModelInstances models) { return of(models).busyServers(); }};
   }
   static kit::RateReward isFull() {
-    return {{"servers"},
+    return {"servers",
             [](kit::ModelInstances models) { return of(models).q_->Mark() == of(models).capacity_ ? 1.0 : 0.0; }};
   }
 

@@ -97,10 +97,10 @@ class PhilosophersModel : public kit::AtomicModel {
   }
 
   static RateReward deadlocked() {
-    return {{"table"}, [](ModelInstances models) { return of(models) ? 1.0 : 0.0; }};
+    return {"table", [](ModelInstances models) { return of(models) ? 1.0 : 0.0; }};
   }
   static RateReward alive() {
-    return {{"table"}, [](ModelInstances models) { return of(models) ? 0.0 : 1.0; }};
+    return {"table", [](ModelInstances models) { return of(models) ? 0.0 : 1.0; }};
   }
 
  private:

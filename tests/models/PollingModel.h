@@ -50,11 +50,11 @@ class PollingModel : public kit::AtomicModel {
   }
 
   static kit::RateReward firstWaits() {
-    return {{"polling"}, [](kit::ModelInstances models) { return of(models).waits(1) ? 1.0 : 0.0; }};
+    return {"polling", [](kit::ModelInstances models) { return of(models).waits(1) ? 1.0 : 0.0; }};
   }
   /// Share of the stations that wait, or are served. By symmetry the mean is that of any one station.
   static kit::RateReward shareWaiting() {
-    return {{"polling"}, [](kit::ModelInstances models) {
+    return {"polling", [](kit::ModelInstances models) {
               int waiting = 0;
               for (short i = 1; i <= kStations; ++i) {
                 waiting += of(models).waits(i) ? 1 : 0;
@@ -63,7 +63,7 @@ class PollingModel : public kit::AtomicModel {
             }};
   }
   static kit::RateReward shareServed() {
-    return {{"polling"}, [](kit::ModelInstances models) { return of(models).srv_->Mark() / double{kStations}; }};
+    return {"polling", [](kit::ModelInstances models) { return of(models).srv_->Mark() / double{kStations}; }};
   }
 
  private:

@@ -21,17 +21,16 @@ class QueueModel : public kit::AtomicModel {
   }
 
   static kit::RateReward numberInSystem() {
-    return {{"queue"}, [](kit::ModelInstances models) { return static_cast<double>(of(models).mark()); }};
+    return {"queue", [](kit::ModelInstances models) { return static_cast<double>(of(models).mark()); }};
   }
   static kit::RateReward isEmpty() {
-    return {{"queue"}, [](kit::ModelInstances models) { return of(models).mark() == 0 ? 1.0 : 0.0; }};
+    return {"queue", [](kit::ModelInstances models) { return of(models).mark() == 0 ? 1.0 : 0.0; }};
   }
   static kit::RateReward isBusy() {
-    return {{"queue"}, [](kit::ModelInstances models) { return of(models).mark() > 0 ? 1.0 : 0.0; }};
+    return {"queue", [](kit::ModelInstances models) { return of(models).mark() > 0 ? 1.0 : 0.0; }};
   }
   static kit::RateReward isFull() {
-    return {{"queue"},
-            [](kit::ModelInstances models) { return of(models).mark() == of(models).capacity_ ? 1.0 : 0.0; }};
+    return {"queue", [](kit::ModelInstances models) { return of(models).mark() == of(models).capacity_ ? 1.0 : 0.0; }};
   }
 
  private:

@@ -56,7 +56,7 @@ class OnOffModel : public kit::AtomicModel {
 };
 
 RateReward machineIsUp() {
-  return {{"machine"}, [](ModelInstances models) { return static_cast<OnOffModel*>(models[0])->isUp(); }};
+  return {"machine", [](ModelInstances models) { return static_cast<OnOffModel*>(models[0])->isUp(); }};
 }
 
 // P(up at t) = a + b exp(-s t), with s the sum of the rates, a the share of the repair rate and b that of the failure

@@ -35,8 +35,7 @@ class MachineModel : public kit::AtomicModel {
                     --waiting.Mark();
                     --repairerFree.Mark();
                     ++inRepair.Mark();
-                  },
-              .distribution = Instantaneous});
+                  }});
     activity("repair", {&inRepair}, {&inRepair, &repairerFree, &up},
              {.enabled = [&inRepair] { return inRepair.Mark() > 0; },
               .delay = kit::exponential(kRepairRate),
@@ -85,10 +84,10 @@ class ShopModel : public Rep {
 
   /// Whether one machine is up, or in repair, summed by the variable over all of them.
   static kit::RateReward machinesUp() {
-    return {{"machine"}, [](kit::ModelInstances models) { return of(models).isUp(); }};
+    return {"machine", [](kit::ModelInstances models) { return of(models).isUp(); }};
   }
   static kit::RateReward machinesInRepair() {
-    return {{"machine"}, [](kit::ModelInstances models) { return of(models).isInRepair(); }};
+    return {"machine", [](kit::ModelInstances models) { return of(models).isInRepair(); }};
   }
 
   /// The number of machines up, as a birth-death chain.

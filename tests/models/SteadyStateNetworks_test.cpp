@@ -140,8 +140,7 @@ class FixedRepairModel : public kit::AtomicModel {
     activity("repair", {&up}, {&up},
              {.enabled = [&up] { return up.Mark() == 0; },
               .delay = [] { return TheDistribution->Deterministic(kRepairTime); },
-              .fire = [&up] { up.Mark() = 1; },
-              .distribution = Deterministic});
+              .fire = [&up] { up.Mark() = 1; }});
     finish("machine");
     up_ = &up;
   }
@@ -159,12 +158,12 @@ TEST(SteadyStateNetworksTest, MachineOfFixedRepairTimeEarnsTheGainOfACycle) {
   constexpr double kDownTime = FixedRepairModel::kRepairTime;
   constexpr double kCycle = kUpTime + kDownTime;
   const Cut cut{10.0, 100.0};
-  const kit::RateReward isUp{{"machine"}, [](kit::ModelInstances models) {
+  const kit::RateReward isUp{"machine", [](kit::ModelInstances models) {
                                return static_cast<FixedRepairModel*>(models[0])->isUp() ? 1.0 : 0.0;
                              }};
   kit::Variable gain = throughput("gain", cut, "repair", "machine");
   gain.impulses[0].function = [] { return -2.0; };
-  gain.rates.push_back({{"machine"}, [](kit::ModelInstances models) {
+  gain.rates.push_back({"machine", [](kit::ModelInstances models) {
                           return static_cast<FixedRepairModel*>(models[0])->isUp() ? 5.0 : -1.0;
                         }});
   const Experiment experiment{

@@ -171,7 +171,7 @@ class GeneralServiceModel : public kit::AtomicModel {
   }
 
   static kit::RateReward numberInSystem() {
-    return {{"general"}, [](kit::ModelInstances models) {
+    return {"general", [](kit::ModelInstances models) {
               return static_cast<double>(static_cast<GeneralServiceModel*>(models[0])->q_->Mark());
             }};
   }

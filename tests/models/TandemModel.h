@@ -30,20 +30,20 @@ class TandemModel : public kit::AtomicModel {
     const auto firstPhase = [&sc, &ph, &sm, &hit] {
       return hit.Mark() == 0 && sc.Mark() > 0 && ph.Mark() == 0 && sm.Mark() < kCapacity;
     };
-    FunctionActivity& moves = member("phase1_case1", all, {&sc, &sm},
-                                     {.enabled = firstPhase,
-                                      .delay = kit::exponential(2.0),
-                                      .fire =
-                                          [&sc, &sm] {
-                                            --sc.Mark();
-                                            ++sm.Mark();
-                                          },
-                                      .weight = [] { return 0.9; }});
-    FunctionActivity& stays = member("phase1_case2", all, {&ph},
-                                     {.enabled = firstPhase,
-                                      .delay = kit::exponential(2.0),
-                                      .fire = [&ph] { ph.Mark() = 1; },
-                                      .weight = [] { return 0.1; }});
+    Activity& moves = member("phase1_case1", all, {&sc, &sm},
+                             {.enabled = firstPhase,
+                              .delay = kit::exponential(2.0),
+                              .fire =
+                                  [&sc, &sm] {
+                                    --sc.Mark();
+                                    ++sm.Mark();
+                                  },
+                              .weight = [] { return 0.9; }});
+    Activity& stays = member("phase1_case2", all, {&ph},
+                             {.enabled = firstPhase,
+                              .delay = kit::exponential(2.0),
+                              .fire = [&ph] { ph.Mark() = 1; },
+                              .weight = [] { return 0.1; }});
     group<PostselectGroup>("phase1", {&moves, &stays});
     activity(
         "phase1b", all, {&ph},
@@ -72,17 +72,16 @@ class TandemModel : public kit::AtomicModel {
   }
 
   static kit::RateReward customers() {
-    return {{"tandem"}, [](kit::ModelInstances models) {
+    return {"tandem", [](kit::ModelInstances models) {
               const auto& tandem = *static_cast<TandemModel*>(models[0]);
               return static_cast<double>(tandem.sc_->Mark() + tandem.sm_->Mark());
             }};
   }
   static kit::RateReward wasFull() {
-    return {{"tandem"}, [](kit::ModelInstances models) { return static_cast<TandemModel*>(models[0])->hit_->Mark(); }};
+    return {"tandem", [](kit::ModelInstances models) { return static_cast<TandemModel*>(models[0])->hit_->Mark(); }};
   }
 
  private:
-  using FunctionActivity = kit::FunctionActivity;
   Place* sc_;
   Place* sm_;
   Place* hit_;
