@@ -1,5 +1,6 @@
 #include "Modelling/RewardModel.h"
 
+#include <algorithm>
 #include <cstring>
 #include <span>
 
@@ -43,11 +44,28 @@ RewardModel::RewardModel(const std::string& name, const Describe& describe, bool
   CreatePVList(static_cast<int>(variables_.size()), expandTimeArrays);
   Initialize();
   checkImpulseWorkers();
+  endBatchesWithTerminatingVariables();
 }
 
 // The engine's part goes first: its nodes borrow the variables.
 RewardModel::~RewardModel() {
   Destruct();
+}
+
+// The engine's own rule is the last stop of all variables. The first batch of a steady-state one often is far longer than
+// what a terminating run is to see, and none of its reward is taken there.
+void RewardModel::endBatchesWithTerminatingVariables() {
+  double last = 0.0;
+  bool isAnyTerminating = false;
+  for (const auto& variable : variables_) {
+    if (variable->type() != STEADY_STATE) {
+      isAnyTerminating = true;
+      last = std::max(last, std::ranges::max(variable->stops()));
+    }
+  }
+  if (isAnyTerminating) {
+    Simulation_Stop_Time = last;
+  }
 }
 
 BaseModelClass& RewardModel::model(const ChildModel& composition) {

@@ -23,6 +23,9 @@ namespace modelling {
 /// The function is called when the global variables have their final values. In the results the variables are numbered
 /// from 0 on in the order in which they are told, a variable with several times once for each.
 ///
+/// Variables of terminating and of steady-state runs may stand side by side: a run observes those of its own kind. A batch
+/// of a terminating run ends with the last stop of the terminating variables.
+///
 /// Faults  reported, with status 1: no top model; a reward that names a model of another class than its function takes;
 ///         an impulse whose model is not in the tree or whose action is not in its model. A rate reward whose model is
 ///         not in the tree is reported by the engine, which ends the process with status 0.
@@ -72,6 +75,7 @@ class RewardModel final : public PVModel {
   void checkNames();
   void checkImpulse(const PerformanceVariable& variable, const PerformanceVariable::Impulse& impulse);
   void checkImpulseWorkers();
+  void endBatchesWithTerminatingVariables();
 
   std::vector<std::unique_ptr<PerformanceVariable>> variables_;
 };
