@@ -106,6 +106,10 @@ class Tables(unittest.TestCase):
         (complaint,) = complaints(terminating(10.0), {3: self.SEEN, 4: self.SEEN})
         self.assertEqual(complaint, "variable 4 is observed, and not in the table")
 
+    def test_a_variable_of_a_steady_state_run_is_zero_in_a_terminating_one(self):
+        self.assertEqual(complaints(terminating(10.0), {3: self.SEEN, 4: [0.0] * 10000}), [])
+        self.assertEqual(len(complaints(steady(10.0), {3: self.SEEN, 4: [0.0] * 10000})), 1)
+
     def test_a_variable_that_is_not_observed_is_told(self):
         (complaint,) = complaints(terminating(10.0), {})
         self.assertEqual(complaint, "variable 3, waiting, is not observed")
