@@ -69,7 +69,7 @@ RUNS = [
     Run(experiment=0, generator=0, seed=3101, batches=55000, values=ENOUGH.terminating()),
     Run(experiment=1, generator=1, seed=3102, batches=45000, values=TWO.terminating()),
     Run(experiment=2, generator=2, seed=3103, batches=40000, values=ONE.terminating()),
-    Run(experiment=0, generator=2, seed=3104, batches=2000, steady=100.0, values=ENOUGH.steady()),
+    Run(experiment=0, generator=0, seed=3104, batches=2000, steady=100.0, values=ENOUGH.steady()),
     Run(experiment=1, generator=0, seed=3105, batches=4000, steady=100.0, values=TWO.steady()),
-    Run(experiment=2, generator=1, seed=3106, batches=4000, steady=100.0, values=ONE.steady()),
+    Run(experiment=2, generator=2, seed=3106, batches=6500, steady=100.0, values=ONE.steady()),
 ]

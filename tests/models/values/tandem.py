@@ -65,10 +65,24 @@ def stopped(state):
 FIVE, FIRST_FULL, ALL_FULL = (Tandem(5, 20.0, 2.0, 0.1, 4.0, stop) for stop in (0, 1, 2))
 THREE = Tandem(3, 1.5, 2.0, 0.4, 2.0, 0)
 
-KNOWN = {
-    0: Value("customers at 0.2", 3.576667592270, 2.140797),
-    1: Value("stopped at 0.2", 0.335260561862),
-    2: Value("stopped at 1000", 0.843790696255),
-    3: Value("customers in the long run", 5.679249959967679, 1.7955181),
-    4: Value("served for a unit of time", 1.79925468651),
-}
+# The chain agrees with the values that are known of the network with room for five.
+PUBLISHED = Value("customers in the long run", 5.679249959967679, 1.7955181)
+assert math.isclose(FIVE.steady()[3].mean, PUBLISHED.mean, rel_tol=1e-13)
+assert math.isclose(FIVE.steady()[4].mean, 1.79925468651, rel_tol=1e-11)
+assert math.isclose(FIVE.terminating(0.2)[0].mean, 3.576667592270, rel_tol=1e-12)
+assert math.isclose(FIVE.terminating(0.2)[0].variance, 2.140797, rel_tol=1e-6)
+assert math.isclose(FIRST_FULL.terminating(0.2)[1].mean, 0.335260561862, rel_tol=1e-11)
+
+RUNS = [
+    Run(experiment=0, generator=0, seed=3301, batches=20000, values=FIVE.terminating(0.2)),
+    Run(experiment=1, generator=1, seed=3302, batches=78000, values=FIRST_FULL.terminating(0.2)),
+    # By the same iteration as the others, until time 1000.
+    Run(experiment=2, generator=2, seed=3303, batches=25000, long=True, values={
+        0: Value("customers", 9.323790942007, 2.641666816301),
+        1: Value("stopped", 0.843790696255),
+        2: Value("time going on", 455.3796221529),
+    }),
+    Run(experiment=3, generator=0, seed=3304, batches=32000, values=THREE.terminating(1.0)),
+    Run(experiment=0, generator=2, seed=3305, batches=8000, steady=50.0, values=FIVE.steady() | {3: PUBLISHED}),
+    Run(experiment=3, generator=0, seed=3306, batches=4000, steady=50.0, values=THREE.steady()),
+]
