@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs a simulator's experiments and compares what it observes with a table of known values.
 
-Usage: known_values.py [--short] PROGRAM TABLE...
+Usage: known_values.py [--short] [--page PAGE] PROGRAM TABLE
 
 TABLE is a Python file that defines RUNS, a list of Run. A run passes when it ends with status 0 and each variable of the
 table agrees with its known value:
@@ -21,6 +21,7 @@ run, which are zero throughout in a terminating one. The runs of a table togethe
 program's study and all three generators.
 
 --short leaves out the runs that are marked as long.
+--page checks that the model's page states every value of the table, with six digits.
 
 Exit status 0 when all agrees, 1 when something does not.
 """
@@ -28,6 +29,7 @@ Exit status 0 when all agrees, 1 when something does not.
 import argparse
 import math
 import os
+import re
 import runpy
 import subprocess
 import sys
@@ -201,16 +203,28 @@ def check_table(program, runs):
     return complaints + [f"no run uses generator {generator}" for generator in sorted(unused)]
 
 
+def check_page(page, runs):
+    """The complaints about a page that does not state a value of the table."""
+    with open(page, encoding="utf-8") as file:
+        stated = set(re.findall(r"-?\d+(?:\.\d+)?(?:e-?\d+)?", file.read()))
+    values = [value for run in runs for value in run.values.values()]
+    numbers = {f"{number:.6g}" for value in values for number in (value.mean, value.variance) if number is not None}
+    return [f"{page} does not state the value {number}" for number in sorted(numbers - stated)]
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--short", action="store_true")
+    parser.add_argument("--page")
     parser.add_argument("program")
-    parser.add_argument("table", nargs="+")
+    parser.add_argument("table")
     options = parser.parse_args()
 
     program = os.path.abspath(options.program)
-    runs = [run for table in options.table for run in runpy.run_path(table)["RUNS"]]
+    runs = runpy.run_path(options.table)["RUNS"]
     complaints = check_table(program, runs)
+    if options.page:
+        complaints += check_page(options.page, runs)
     for run in runs:
         if run.long and options.short:
             continue

@@ -3,9 +3,10 @@
 import contextlib
 import io
 import random
+import tempfile
 import unittest
 
-from known_values import Run, Value, check_observations, larger_batches
+from known_values import Run, Value, check_observations, check_page, larger_batches
 
 
 def complaints(run, observations):
@@ -113,6 +114,23 @@ class Tables(unittest.TestCase):
     def test_a_variable_that_is_not_observed_is_told(self):
         (complaint,) = complaints(terminating(10.0), {})
         self.assertEqual(complaint, "variable 3, waiting, is not observed")
+
+
+class Pages(unittest.TestCase):
+    def complaints(self, text):
+        with tempfile.NamedTemporaryFile("w", suffix=".md", encoding="utf-8") as page:
+            page.write(text)
+            page.flush()
+            return check_page(page.name, [terminating(0.26794919, 1.5)])
+
+    def test_a_page_that_states_mean_and_variance_passes(self):
+        self.assertEqual(self.complaints("| 3 | waiting | 0.267949 (1.5) |"), [])
+
+    def test_a_value_that_is_not_on_the_page_is_told(self):
+        (complaint,) = self.complaints("| 3 | waiting | 0.267950 (1.5) |")
+        self.assertIn("does not state the value 0.267949", complaint)
+        (complaint,) = self.complaints("| 3 | waiting | 0.267949 (11.5) |")
+        self.assertIn("does not state the value 1.5", complaint)
 
 
 if __name__ == "__main__":
