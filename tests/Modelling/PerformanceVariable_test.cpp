@@ -169,6 +169,21 @@ TEST(PerformanceVariableTest, ASteadyStateVariableHasItsTypeAndWindow) {
   EXPECT_EQ(at.NumberOfActionDependencies, 4);
 }
 
+TEST(PerformanceVariableTest, ABatchEndsWithTheLastTerminatingVariable) {
+  const auto q = [](Machine& machine) { return marks(machine); };
+  const auto load = [q](RewardModel& rewards) { rewards.steadyState("load", 100.0, 50.0).rate("machine", q); };
+
+  Bench mixed([q, load](RewardModel& rewards) {
+    load(rewards);
+    rewards.instantOfTime("at", {1.0, 7.0, 3.0}).rate("machine", q);
+    rewards.timeAveraged("mean", 0.0, 5.0).rate("machine", q);
+  });
+  EXPECT_EQ(mixed.rewards().Simulation_Stop_Time, 7.0);
+
+  Bench steadyAlone(load);
+  EXPECT_EQ(steadyAlone.rewards().Simulation_Stop_Time, 150.0);
+}
+
 void expectFault(const RewardModel::Describe& describe, const std::string& text) {
   EXPECT_EXIT(Bench bench(describe), ExitedWithCode(1), "^ERROR: " + text + "\n$");
 }
