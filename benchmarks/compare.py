@@ -123,14 +123,14 @@ def errors_off(answers, expectation, deviation):
     return (statistics.fmean(answers) - expectation) / (deviation / math.sqrt(len(answers)))
 
 
-def report(name, workload, programs, options):
-    """The table's rows of one workload, and whether an answer is off."""
+def report(workload, programs, options):
+    """The table's rows of a workload, and whether an answer is off."""
     base = next((program for program in programs if program.label == options.base), programs[1])
     expectation, deviation = workload.known(workload.stop_time * options.length)
     rows, is_off = [], False
     for program in programs:
         speed = statistics.median(ours / theirs for ours, theirs in zip(base.costs, program.costs))
-        cells = [name, program.label, f"{statistics.median(program.costs) * 1e9:.1f}",
+        cells = [program.label, f"{statistics.median(program.costs) * 1e9:.1f}",
                  f"{1e-6 / statistics.median(program.costs):.2f}", f"{speed:.2f}", f"{program.peak_megabytes:.1f}"]
         if program.answers:
             off = errors_off(program.answers, expectation, deviation)
@@ -143,19 +143,17 @@ def report(name, workload, programs, options):
 
 
 def compare(options):
-    rows, any_off = [], False
+    any_off = False
     for name in options.workloads:
         workload = WORKLOADS[name]
         programs = programs_of(name, workload, options)
         for turn in range(options.passes):
             for program in programs:
                 program.take_turn(FIRST_SEED + turn)
-        its_rows, is_off = report(name, workload, programs, options)
-        rows += its_rows
+        rows, is_off = report(workload, programs, options)
         any_off |= is_off
-        print(f"{name}: {options.passes} passes done", file=sys.stderr)
-    measuring.table([["workload", "program", "ns/firing", "M firings/s", "speed", "peak MB", "answer", "known",
-                      "errors off"], *rows])
+        measuring.table([[name, "ns/firing", "M firings/s", "speed", "peak MB", "answer", "known", "errors off"], *rows])
+        print()
     if any_off:
         print(f"An answer is more than {ALLOWED_ERRORS:g} standard errors off.")
     return 1 if any_off else 0
