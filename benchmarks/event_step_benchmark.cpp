@@ -11,6 +11,7 @@
 #include "BaseClasses/BaseActionClass.h"
 #include "Simulator/Event.h"
 #include "Simulator/EventList.h"
+#include "Simulator/EventStep.h"
 #include "Simulator/SimulatorClass.h"
 
 namespace {

@@ -25,6 +25,7 @@
 #include "Simulator/DataPacket.h"
 #include "Simulator/Event.h"
 #include "Simulator/EventList.h"
+#include "Simulator/EventStep.h"
 #include "Simulator/Heap.h"
 #include "Simulator/SimulatorClass.h"
 #include "Simulator/UserDistributions.h"

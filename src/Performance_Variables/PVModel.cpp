@@ -426,6 +426,10 @@ void PVModel::releaseImpulseWorkerLists(const BaseActionClass& action) const {
 
 // Run time.
 
+void PVModel::debugFiring() {
+  support::debugLine(0, "PV Model firing action");
+}
+
 void PVModel::debugAccumulate(double new_time) {
   support::debugLine(3, "PVModel::Accumulate(double)");
   support::debugLine(1, "Accumulation Time", " = ", new_time);

@@ -99,7 +99,9 @@ class PVModel : public BaseModelClass {
   void WindowsMoved() { quietUntil_ = -std::numeric_limits<double>::infinity(); }
   /// Fires the action and returns the action that really fired, the LastAction of the next step.
   BaseActionClass* FireAction(BaseActionClass* TheAction, double FiringTime) {
-    support::debugLine(0, "PV Model firing action");
+    if (GlobalDebugLevel > 0) [[unlikely]] {
+      debugFiring();
+    }
     LastActionTime = FiringTime;
     LastAction = TheAction->Fire();
     return LastAction;
@@ -172,6 +174,7 @@ class PVModel : public BaseModelClass {
   void showActionAffects() const;
   void accumulateAll(double new_time);
   static void debugAccumulate(double new_time);
+  static void debugFiring();
 
   // Of the relevant nodes, those with a rate reward take part in every step. The others are only looked at when the last
   // action earns an impulse, or from this time on, the first at which one of them enters or leaves its window.

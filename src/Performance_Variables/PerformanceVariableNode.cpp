@@ -411,8 +411,10 @@ void PerformanceVariableNode::EndAccumulate(double finish_time, double last_even
 
 /// There is at least one worker.
 void PerformanceVariableNode::takeRateRewards(double next_time, double last_event_time) {
-  double TReward = 0.0;
-  for (int worker = 0; worker < NumberOfWorkers; ++worker) {
+  PerformanceVariableWorker* const first = WorkerList[0];
+  first->Accumulate(next_time, last_event_time);
+  double TReward = 0.0 + first->Reward;
+  for (int worker = 1; worker < NumberOfWorkers; ++worker) {
     WorkerList[worker]->Accumulate(next_time, last_event_time);
     TReward += WorkerList[worker]->Reward;
   }

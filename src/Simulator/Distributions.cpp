@@ -53,9 +53,8 @@ Distributions::~Distributions() {
   delete RNG;
 }
 
-double Distributions::Exponential(double rate) {
-  refuseIf(rate <= 0, "INVALID_DIST_PARAMS: rate is non-positive");
-  return -std::log(RNG->rnd()) / rate;
+void Distributions::refuseRate() {
+  throw std::string("INVALID_DIST_PARAMS: rate is non-positive");
 }
 
 double Distributions::Deterministic(double value) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cmath>
+
 #include "Simulator/RandomNumberGenerator.h"
 
 /// Samples of the distributions that a firing delay may follow, made from the uniform variates of one generator.
@@ -26,7 +28,12 @@ class Distributions {
   Distributions& operator=(const Distributions&) = delete;
 
   /// Mean 1 / rate. One draw.
-  double Exponential(double rate);
+  double Exponential(double rate) {
+    if (rate <= 0) [[unlikely]] {
+      refuseRate();
+    }
+    return -std::log(RNG->rnd()) / rate;
+  }
   /// `value` itself. No draw.
   double Deterministic(double value);
   /// Number of failures before the first success, each trial succeeding with probability p. One draw.
@@ -67,6 +74,7 @@ class Distributions {
   double Pareto(double xm, double k);
 
  private:
+  [[noreturn]] static void refuseRate();
   /// U1, U2, V1, V2 and W of a point in the unit circle, and Y, the factor that makes V1 a standard normal variate.
   void drawPolarPair();
   double gammaAboveOne(double alpha);

@@ -66,18 +66,20 @@ EventList::~EventList() {
 }
 
 void EventList::Insert(Event* e) {
-  Event* const record = FreeList.back();
-  FreeList.pop_back();
-  *record = *e;
+  Event* const record = FreeList[freeRecords() - 1];
+  const double time = e->exec_time;
+  record->exec_time = time;
+  record->start_time = e->start_time;
+  record->action_ptr = e->action_ptr;
   const std::size_t last = end();
   ++size;
-  BubbleUp(last, record, record->exec_time, &addressOf(record));
+  BubbleUp(last, record, time, &addressOf(record));
 }
 
 void EventList::Remove(Event** slot) {
-  FreeList.push_back(*slot);
   const std::size_t i = indexOf(slot);
   nodes_[i].address->event = nullptr;
+  FreeList[freeRecords()] = *slot;
   --size;
   const std::size_t last = end();
   Event* const event = A[last];
@@ -130,8 +132,9 @@ Event** EventList::chooseAmongTies() {
 }
 
 void EventList::ClearEventList() {
+  const std::size_t alreadyFree = freeRecords();
   for (int i = 0; i < size; ++i) {
-    FreeList.push_back(A[i]);
+    FreeList[alreadyFree + static_cast<std::size_t>(i)] = A[i];
     A[i] = nullptr;
     nodes_[i].address->clear();
     nodes_[i].time = kNoTime;
@@ -168,7 +171,8 @@ int EventList::IsValid() {
     }
   }
   for (int i = 0; i < size; ++i) {
-    if (std::find(FreeList.begin(), FreeList.end(), A[i]) != FreeList.end()) {
+    const auto freeEnd = FreeList.begin() + static_cast<std::ptrdiff_t>(freeRecords());
+    if (std::find(FreeList.begin(), freeEnd, A[i]) != freeEnd) {
       return -i;
     }
   }
@@ -275,7 +279,8 @@ std::size_t EventList::bubbleUpAskingRanks(std::size_t i, Event* event, double t
   return i;
 }
 
-void EventList::restoreOrder(std::size_t i, Event* event, double time, PAddress* address) {
+// Not inlined: what it saves for its second walk would be saved by every Remove, most of which are of the root.
+[[gnu::noinline]] void EventList::restoreOrder(std::size_t i, Event* event, double time, PAddress* address) {
   if (BubbleUp(i, event, time, address) == i) {
     BubbleDown(i, event, time, address);
   }

@@ -91,6 +91,8 @@ class EventList {
   void restoreOrder(std::size_t i, Event* event, double time, PAddress* address);
   void fill(std::size_t i, Event* event, double time, PAddress* address);
   [[nodiscard]] std::size_t indexOf(Event** slot) const { return static_cast<std::size_t>(slot - A); }
+  /// Entries of the stack in FreeList.
+  [[nodiscard]] std::size_t freeRecords() const { return FreeList.size() - end(); }
   [[nodiscard]] std::size_t end() const { return static_cast<std::size_t>(size); }
 
   // Storage, made once.
@@ -104,7 +106,8 @@ class EventList {
 
   EventEarlier EvEarlier;
   EventEqual EvEqual;
-  std::vector<Event*> FreeList;  // stack of the records not in the heap; its front is the vector's back
+  std::vector<Event*> FreeList;  // `capacity` long; its first capacity - size entries: stack of the records not in the
+                                 // heap, whose front is the last of them
   std::int32_t capacity;         // length of A
   Event** A;                     // slots_: the heap; children of i at 2i+1 and 2i+2; null at and beyond size
   std::int32_t size = 0;         // events in the heap

@@ -1,5 +1,6 @@
 #include "BaseClasses/Assertions.h"
 #include "BaseClasses/BaseActionClass.h"
+#include "Simulator/EventStep.h"
 #include "Simulator/SimulatorClass.h"
 
 namespace {

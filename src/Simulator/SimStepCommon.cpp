@@ -21,12 +21,6 @@
 
 namespace {
 
-#ifdef QUORVA_STEP_WITHOUT_TRACE
-constexpr bool kTraceCalls = false;  // for scripts/check-trace-cost alone, which compares the two
-#else
-constexpr bool kTraceCalls = true;
-#endif
-
 constexpr std::string_view kInvalidParametersTag = "INVALID_DIST_PARAMS:";
 
 PAddress& addressOf(BaseActionClass* group) {
@@ -41,14 +35,6 @@ void SimulatorClass::HandleInvalidDistParams(BaseActionClass* action, std::strin
   text.erase(tag, kInvalidParametersTag.size());
   std::cerr << "FATAL ERROR: In action " << action->ActionName << ',' << text << std::endl;
   std::exit(1);
-}
-
-double SimulatorClass::sampleOrEnd(BaseActionClass* action) {
-  try {
-    return action->SampleDistribution();
-  } catch (const std::string& text) {
-    HandleInvalidDistParams(action, text);
-  }
 }
 
 void SimulatorClass::watchForReactivation(BaseActionClass* group) {
@@ -153,25 +139,8 @@ void SimulatorClass::endForNoChoice() {
   std::exit(1);
 }
 
-void SimulatorClass::fireNextEvent() {
-  TheEventList->Remove(NextEvent);
-  TheModel->Accumulate(CurrentTime);  // on the marking before the firing
-  const bool traced = kTraceCalls && trace->hasSinks();
-  if (traced) [[unlikely]] {
-    trace->printPreFireAction(CurrAction);
-    trace->printFireAction(CurrAction, CurrentTime);
-  }
-  TempAction = TheModel->FireAction(CurrAction, CurrentTime);
-  if (TempAction == nullptr) [[unlikely]] {
-    endForNoAction();
-  }
-  ++_fireActionCount;
-  if (traced) [[unlikely]] {
-    trace->printPostFireAction(CurrAction, TempAction);
-  }
-  if (GlobalDebugLevel != 0) [[unlikely]] {
-    support::debugLine(GlobalDebugLevel - 1, "Starting to look at the other actions that are affected by the firing");
-  }
+void SimulatorClass::debugAffectedActions() {
+  support::debugLine(GlobalDebugLevel - 1, "Starting to look at the other actions that are affected by the firing");
 }
 
 void SimulatorClass::updateAffectedActions() {
@@ -180,20 +149,6 @@ void SimulatorClass::updateAffectedActions() {
   }
   RemoveAffectedActions();
   InsertAffectedActions();
-}
-
-bool SimulatorClass::chooseNextEvent() {
-  NextEvent = TheEventList->Earliest();
-  if (NextEvent == nullptr) {
-    return false;
-  }
-  const Event* const event = *NextEvent;
-  if (event == nullptr) [[unlikely]] {
-    endForNoChoice();
-  }
-  CurrentTime = event->exec_time;
-  CurrAction = event->action_ptr;
-  return true;
 }
 
 short SimulatorClass::GenerateInitialEnabledList() {

@@ -2,6 +2,7 @@
 #include "BaseClasses/BaseGroupClass.h"
 #include "BaseClasses/DebugLines.h"
 #include "Performance_Variables/PVModel.h"
+#include "Simulator/EventStep.h"
 #include "Simulator/SimulatorClass.h"
 
 bool SimulatorClass::SimStepSS() {

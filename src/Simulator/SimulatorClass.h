@@ -6,8 +6,8 @@
 #include <list>
 #include <string>
 
-struct ActionAffectsElement;
-class BaseActionClass;
+#include "BaseClasses/BaseActionClass.h"
+
 class BaseGroupClass;
 class BaseStudyClass;
 class CPUTime;
@@ -16,8 +16,6 @@ struct Event;
 class EventList;
 template <typename T>
 class Heap;
-template <typename C>
-class List;
 class PAddress;
 class PVModel;
 class PerformanceVariableNode;
@@ -107,7 +105,13 @@ class SimulatorClass {
   [[noreturn]] void HandleInvalidDistParams(BaseActionClass* action, std::string text);
 
   /// SampleDistribution of `action`; parameters out of range end the process.
-  double sampleOrEnd(BaseActionClass* action);
+  double sampleOrEnd(BaseActionClass* action) {
+    try {
+      return action->SampleDistribution();
+    } catch (const std::string& text) {
+      HandleInvalidDistParams(action, text);
+    }
+  }
   /// Schedules `group` at CurrentTime plus a fresh sample and, if its predicate asks for it, watches it for
   /// reactivation. The group must not be scheduled. Order of the calls: SampleDistribution, ReactivationPredicate.
   void schedule(BaseActionClass* group);
@@ -122,6 +126,7 @@ class SimulatorClass {
   /// Takes the event in NextEvent off the list, accumulates the rewards up to CurrentTime and fires CurrAction, with
   /// the traces of all that. TempAction becomes the member that fired.
   void fireNextEvent();
+  static void debugAffectedActions();
   /// The three passes over the groups that the firing of TempAction affects, in their order.
   void updateAffectedActions();
   /// Chooses the next event into NextEvent, and its time and group into CurrentTime and CurrAction. False, with these

@@ -12,6 +12,7 @@
 #include "Performance_Variables/PVModel.h"
 #include "Performance_Variables/PerformanceVariableNode.h"
 #include "Simulator/DataPacket.h"
+#include "Simulator/EventStep.h"
 #include "Simulator/Heap.h"
 #include "Simulator/SimulatorClass.h"
 

@@ -11,6 +11,7 @@
 #include "Performance_Variables/PerformanceVariableNode.h"
 #include "Simulator/DataPacket.h"
 #include "Simulator/EventList.h"
+#include "Simulator/EventStep.h"
 #include "Simulator/SimulatorClass.h"
 
 namespace {

@@ -28,8 +28,8 @@ class EventListProbe {
   static int faultOf(EventList& list) { return list.IsValid(); }
   static int sizeOf(const EventList& list) { return list.size; }
   static Event** slot(EventList& list, int i) { return &list.A[i]; }
-  static void freeTwice(EventList& list, Event* record) { list.FreeList.push_back(record); }
-  static std::size_t freeRecords(const EventList& list) { return list.FreeList.size(); }
+  static void freeTwice(EventList& list, Event* record) { list.FreeList.front() = record; }
+  static std::size_t freeRecords(const EventList& list) { return list.freeRecords(); }
 };
 
 namespace {

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "Simulator/EventStep.h"
 #include "Simulator/SimulatorClass.h"
 
 namespace support {
