@@ -9,6 +9,19 @@ target_compile_features(quorva_arithmetic INTERFACE cxx_std_20)
 # processor and the compiler.
 target_compile_options(quorva_arithmetic INTERFACE -ffp-contract=off)
 
+# A build that checks arcs has every access to memory instrumented, in the engine, the models here and those of others that
+# link it. ThreadSanitizer's own library, which would be called, is not linked: quorva::access_log takes its place.
+define_property(TARGET PROPERTY QUORVA_NOT_INSTRUMENTED
+  BRIEF_DOCS "Leaves a target out of the instrumentation of QUORVA_CHECK_ARCS")
+if(QUORVA_CHECK_ARCS)
+  if(QUORVA_SANITIZE)
+    message(FATAL_ERROR "QUORVA_CHECK_ARCS takes the place of a sanitizer: leave QUORVA_SANITIZE empty")
+  endif()
+  target_compile_definitions(quorva_arithmetic INTERFACE QUORVA_CHECK_ARCS)
+  target_compile_options(quorva_arithmetic INTERFACE
+    $<$<NOT:$<BOOL:$<TARGET_PROPERTY:QUORVA_NOT_INSTRUMENTED>>>:-fsanitize=thread>)
+endif()
+
 add_library(project_options INTERFACE)
 add_library(quorva::project_options ALIAS project_options)
 target_link_libraries(project_options INTERFACE quorva::arithmetic)

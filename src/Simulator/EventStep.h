@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ArcCheck/ArcCheck.h"
+#include "ArcCheck/ArcsAreChecked.h"
 #include "BaseClasses/BaseActionClass.h"
 #include "BaseClasses/DebugLines.h"
 #include "BaseClasses/TraceFileContainer.h"
@@ -17,6 +19,15 @@ inline constexpr bool kTraceCalls = true;
 // What every step does first and last. Both kinds of step take it in whole, as a call would cost about as much as what
 // it does.
 
+inline BaseActionClass* SimulatorClass::fireCurrentAction() {
+  if constexpr (support::kArcsAreChecked) {
+    if (arcCheck_ != nullptr) {
+      return arcCheck_->watchFiring([this] { return TheModel->FireAction(CurrAction, CurrentTime); });
+    }
+  }
+  return TheModel->FireAction(CurrAction, CurrentTime);
+}
+
 inline void SimulatorClass::fireNextEvent() {
   TheEventList->Remove(NextEvent);
   TheModel->Accumulate(CurrentTime);  // on the marking before the firing
@@ -25,7 +36,7 @@ inline void SimulatorClass::fireNextEvent() {
     trace->printPreFireAction(CurrAction);
     trace->printFireAction(CurrAction, CurrentTime);
   }
-  TempAction = TheModel->FireAction(CurrAction, CurrentTime);
+  TempAction = fireCurrentAction();
   if (TempAction == nullptr) [[unlikely]] {
     endForNoAction();
   }

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "ArcCheck/ArcCheck.h"
+#include "ArcCheck/ArcsAreChecked.h"
 #include "BaseClasses/BaseActionClass.h"
 #include "BaseClasses/BaseGroupClass.h"
 #include "BaseClasses/DebugLines.h"
@@ -126,15 +128,25 @@ void SimulatorClass::Run() {
       SimControl = STOPHARD;
     }
   }
+  if constexpr (support::kArcsAreChecked) {
+    arcCheck_ = std::make_unique<support::ArcCheck>(*TheModel->TheModel, std::cerr);
+  }
   if (isTerminatingSimulation != 0) {
     TerminatingSimulation();
   } else {
     SteadyStateSimulation();
   }
+  if constexpr (support::kArcsAreChecked) {
+    arcCheck_->conclude();
+  }
   finishBinFile();
   trace->printFooter();
   std::cout << "Actions fired: " << _fireActionCount << std::endl;
   std::cout << "CPU time (s): " << cpuSeconds() << std::endl;
+}
+
+int SimulatorClass::arcFaults() const {
+  return arcCheck_ == nullptr ? 0 : arcCheck_->faults();
 }
 
 const char* SimulatorClass::to_string(RandomNumberGeneratorType type) {

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <iosfwd>
 #include <list>
+#include <memory>
 #include <string>
 
 #include "BaseClasses/BaseActionClass.h"
@@ -25,6 +26,10 @@ class QuorvaSocket;
 class TraceFileContainer;
 class TraceFileQuorva;
 class TraceFileXML;
+
+namespace support {
+class ArcCheck;
+}
 
 /// One run of the model compiled in, from its command line to its closing lines. The constructor does all set-up, Run
 /// simulates, the destructor releases. One object performs one run.
@@ -56,6 +61,9 @@ class SimulatorClass {
 
   /// Performs the simulation, finishes the binary file and the traces, and prints the counters.
   void Run();
+
+  /// What the run's check of arcs found amiss; 0 in a build without it.
+  [[nodiscard]] int arcFaults() const;
 
  protected:
   // ---- Command line ------------------------------------------------------------------------------------------------
@@ -358,6 +366,11 @@ class SimulatorClass {
 
   /// The group that stands for `action` in the event list. A number that no group has ends the process.
   BaseGroupClass* groupOf(BaseActionClass* action);
+
+  /// Fires CurrAction and gives the member that fired, or null; under the eyes of the check of arcs, if there is one.
+  BaseActionClass* fireCurrentAction();
+
+  std::unique_ptr<support::ArcCheck> arcCheck_;  // none but during a run of a build that checks arcs
 
   std::list<BaseActionClass*> spareReactivationNodes_;  // nodes taken off TheReactivationList, to be used again
 };
