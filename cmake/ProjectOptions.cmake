@@ -62,6 +62,9 @@ function(quorva_layer name)
   target_include_directories(quorva_${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
   list(TRANSFORM layer_LINKS PREPEND quorva::)
   target_link_libraries(quorva_${name} PUBLIC ${layer_LINKS} PRIVATE quorva::project_options)
+  if(QUORVA_CHECK_ARCS AND NOT name STREQUAL "access_log")
+    target_link_libraries(quorva_${name} PUBLIC quorva::access_log)  # what instrumented code calls
+  endif()
 
   set_property(GLOBAL APPEND PROPERTY QUORVA_LAYERS ${name})
   if(QUORVA_INSTALL)

@@ -1,6 +1,8 @@
 #include "BaseClasses/BaseModelClass.h"
 
+#include <cstdlib>
 #include <iostream>
+#include <string>
 
 #include "BaseClasses/Assertions.h"
 #include "BaseClasses/BaseActionClass.h"
@@ -12,6 +14,26 @@ namespace {
 /// For the operations that a concrete model must offer if it is asked them.
 [[noreturn]] void failNotOffered(int line = __builtin_LINE()) {
   support::failRuntimeAssertion("false", "BaseModelClass.cpp", line);
+}
+
+/// Ends the process unless both ends of an arc that the model draws are there: `last` is the variable at the end of the
+/// activity's last arc of that kind, or null.
+void requireEnds(const char* model, const char* kind, BaseStateVariableClass* variable, const BaseActionClass* action,
+                 BaseStateVariableClass* last) {
+  if (variable != nullptr && action != nullptr) [[likely]] {
+    return;
+  }
+  std::cerr << "ERROR: model \"" << (model == nullptr ? "" : model) << "\": ";
+  if (action == nullptr) {
+    std::cerr << "an " << kind << " arc "
+              << (variable == nullptr ? "" : "to \"" + std::string(variable->getFullyQualifiedName()) + "\" ")
+              << "has no activity: its pointer is null" << std::endl;
+  } else {
+    std::cerr << "the " << (last == nullptr ? "first " : "") << kind << " arc of activity \"" << action->ActionName
+              << '"' << (last == nullptr ? "" : " behind that to \"" + std::string(last->getFullyQualifiedName()) + '"')
+              << " leads to no variable: its pointer is null" << std::endl;
+  }
+  std::exit(1);
 }
 
 }  // namespace
@@ -56,11 +78,15 @@ SharedStateVarLink* BaseModelClass::getListOfSharedVariables(BaseStateVariableCl
 }
 
 void BaseModelClass::AddAffectArc(BaseStateVariableClass* TheSV, BaseActionClass* TheAction) {
+  const int drawn = TheAction == nullptr ? 0 : TheAction->getNumAffectedSVs();
+  requireEnds(Name, "affecting", TheSV, TheAction, drawn == 0 ? nullptr : TheAction->getAffectedSV(drawn - 1));
   TheSV->appendAffectingAction(TheAction);
   TheAction->addAffectedSV(TheSV);
 }
 
 void BaseModelClass::AddEnableArc(BaseStateVariableClass* TheSV, BaseActionClass* TheAction) {
+  const int drawn = TheAction == nullptr ? 0 : TheAction->getNumEnablingSVs();
+  requireEnds(Name, "enabling", TheSV, TheAction, drawn == 0 ? nullptr : TheAction->getEnablingSV(drawn - 1));
   TheSV->appendEnabledAction(TheAction);
   TheAction->addEnablingSV(TheSV);
 }

@@ -86,6 +86,9 @@ class BaseModelClass {
   /// The variables that are one with a composed model's variable, or null.
   virtual SharedStateVarLink* getListOfSharedVariables(BaseStateVariableClass* TheVar);
 
+  // Arcs. A null end is reported on standard error, with the model's and the action's names, and ends the process with
+  // status 1.
+
   /// Tells the variable that the action may change it, and the action in turn.
   virtual void AddAffectArc(BaseStateVariableClass* TheSV, BaseActionClass* TheAction);
 

@@ -1,5 +1,6 @@
 #include "BaseClasses/BaseStateVariableClass.h"
 
+#include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <memory>
@@ -165,4 +166,12 @@ void BaseStateVariableClass::printAffectingActions() {
 void BaseStateVariableClass::printEnabledActions() {
   std::cout << "Enabled actions for " << StateVariableName << ":" << std::endl;
   SVEnabledActions->printList();
+}
+
+void BaseStateVariableClass::requirePartner(const BaseStateVariableClass* other) {
+  if (other == nullptr) [[unlikely]] {
+    std::cerr << "ERROR: \"" << getFullyQualifiedName()
+              << "\" is to be shared with a variable that is not there: its pointer is null" << std::endl;
+    std::exit(1);
+  }
 }

@@ -97,6 +97,9 @@ class BaseStateVariableClass {
   char* StateVariableName = nullptr;  // owned; the name within the model
 
  protected:
+  /// Ends the process with status 1 and a message if `other`, with which this variable is to be shared, is null.
+  void requirePartner(const BaseStateVariableClass* other);
+
   char* VariableNamePrefix =
       nullptr;          // owned; qualified name of the array or struct that holds this variable, or empty
   bool Shared = false;  // joined to another variable

@@ -41,7 +41,18 @@ void AtomicModel::addReadOnly(BaseStateVariableClass& variable) {
   publish();
 }
 
+void AtomicModel::requireVariables(const char* activity, const char* kind, const Arcs& arcs) {
+  for (std::size_t i = 0; i < arcs.variables().size(); ++i) {
+    if (arcs.variables()[i] == nullptr) {
+      failModel("model \"" + std::string(Name) + "\": " + kind + " arc " + std::to_string(i + 1) + " of activity \"" +
+                activity + "\" leads to no variable: its pointer is null");
+    }
+  }
+}
+
 Activity& AtomicModel::addMember(std::unique_ptr<Activity> activity, const Arcs& enabling, const Arcs& affected) {
+  requireVariables(activity->ActionName, "affecting", affected);
+  requireVariables(activity->ActionName, "enabling", enabling);
   Activity& made = *activity;
   activities_.push_back(std::move(activity));
   actions_.push_back(&made);

@@ -114,6 +114,8 @@ class AtomicModel : public SANModel {
   void addReadOnly(BaseStateVariableClass& variable);
   void schedule(BaseGroupClass& entry);
   void adopt(BaseActionClass& action);
+  /// Ends the process with a message if one of the arcs leads to null.
+  void requireVariables(const char* activity, const char* kind, const Arcs& arcs);
   void publish();
 
   // The arrays that the base class reads. Borrowed from the model and from the three below.

@@ -158,6 +158,39 @@ TEST(BaseModelClassTest, AnArcToACompositeVariableEndsAtTheLeavesOfTheAction) {
   EXPECT_EQ(action.getAffectedSV(1), &second);
 }
 
+TEST(BaseModelClassDeathTest, AnArcWithANullEndIsReported) {
+  BareModel model;
+  model.DefineName("bare");
+  TestVariable variable("level", 0, "tank");
+  BaseActionClass action;
+  action.defineName("flow");
+  const auto failed = testing::ExitedWithCode(1);
+  EXPECT_EXIT(
+      model.AddAffectArc(nullptr, &action), failed,
+      "^ERROR: model \"bare\": the first affecting arc of activity \"flow\" leads to no variable: its pointer is "
+      "null\n$");
+  EXPECT_EXIT(
+      model.AddEnableArc(nullptr, &action), failed,
+      "^ERROR: model \"bare\": the first enabling arc of activity \"flow\" leads to no variable: its pointer is "
+      "null\n$");
+  EXPECT_EXIT(model.AddEnableArc(&variable, nullptr), failed,
+              "^ERROR: model \"bare\": an enabling arc to \"tank\\.level\" has no activity: its pointer is null\n$");
+  EXPECT_EXIT(model.AddAffectArc(nullptr, nullptr), failed,
+              "^ERROR: model \"bare\": an affecting arc has no activity: its pointer is null\n$");
+  model.AddEnableArc(&variable, &action);
+  EXPECT_EXIT(
+      model.AddEnableArc(nullptr, &action), failed,
+      "^ERROR: model \"bare\": the enabling arc of activity \"flow\" behind that to \"tank\\.level\" leads to no "
+      "variable: its pointer is null\n$");
+}
+
+TEST(BaseModelClassDeathTest, AModelWithoutANameReportsToo) {
+  BareModel model;
+  BaseActionClass action;
+  EXPECT_EXIT(model.AddAffectArc(nullptr, &action), testing::ExitedWithCode(1),
+              "^ERROR: model \"\": the first affecting arc of activity \"default\" leads to no variable");
+}
+
 TEST(BaseModelClassTest, WhatAModelDoesNotOfferFailsAnAssertion) {
   BareModel model;
   base_action_list_t actions;

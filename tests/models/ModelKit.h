@@ -139,6 +139,8 @@ Observations run(const Experiment& experiment, const RunSettings& settings);
 /// The same under the steady-state loop, until the slowest variable has its batches; the others have more.
 Observations runSteadyState(const Experiment& experiment, const RunSettings& settings);
 
+// In a build that checks arcs runs are short and must be without faults; the three below then tell nothing.
+
 /// Passes when the mean of `observations` lies within 4 standard errors of `exact` and the test has power: a 95 %
 /// half-width of at most 1 % of the value (5 % for probabilities below 1e-3).
 void expectMean(const std::vector<double>& observations, double exact, const std::string& what);

@@ -120,6 +120,7 @@ void BaseArrayStateVariable::removeSelfFromAffectedSVOfAction(BaseActionClass* a
 }
 
 void BaseArrayStateVariable::ShareWith(BaseArrayStateVariable* otherArray) {
+  requirePartner(otherArray);
   fieldIterator otheri = otherArray->fields.begin();
   for (BaseStateVariableClass* const element : fields) {
     support::requireRuntime(otheri != otherArray->fields.end(), "otheri!=otherArray->fields.end()");

@@ -183,6 +183,7 @@ void BaseStructStateVariable::share(BaseStateVariableClass* other) {
 }
 
 void BaseStructStateVariable::ShareWith(BaseStructStateVariable* otherStruct) {
+  requirePartner(otherStruct);
   fieldIterator otheri = otherStruct->fields.begin();
   for (const fieldType& entry : fields) {
     support::requireRuntime(otheri != otherStruct->fields.end(), "otheri!=otherStruct->fields.end()");

@@ -41,7 +41,7 @@ class SharableSV : public BaseStateVariableClass {
   /// Makes this variable and `other` one, whichever state the two are in, and swaps `other` for this variable's Leader
   /// in the lists of the actions that use it. Of two variables that are both Stored, this one leads and takes the value
   /// of `other`; in every other case the value of the ring that takes the other one in stays. Two variables that are
-  /// one already stay as they are.
+  /// one already stay as they are. A null `other` is reported and ends the process with status 1.
   void ShareWith(SharableSV<T>* other);
 
   /// Takes `other` and its chain into this variable, which is the Leader of `other` from then on. The variables that
@@ -117,6 +117,7 @@ SharableSV<T>::~SharableSV() {
 
 template <typename T>
 void SharableSV<T>::ShareWith(SharableSV<T>* other) {
+  requirePartner(other);
   // Only the actions of the lists as they stand now can name `other`; the merged lists hold many more, and asking all of
   // them would make the building of a model of n replicas take the fourth power of n.
   const std::vector<BaseActionClass*> affecting = itemsOf(other->getAffectingActions());

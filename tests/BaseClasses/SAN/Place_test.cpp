@@ -103,4 +103,10 @@ TEST(PlaceDeathTest, APlaceDoesNotShareWithAVariableOfAnotherType) {
   EXPECT_DEATH(place.share(&other), "Assertion failed: otherSV, file SharableSV\\.h");
 }
 
+TEST(PlaceDeathTest, APlaceDoesNotShareWithNothing) {
+  Place place("pool");
+  EXPECT_EXIT(place.ShareWith(nullptr), testing::ExitedWithCode(1),
+              "^ERROR: \"pool\" is to be shared with a variable that is not there: its pointer is null\n$");
+}
+
 }  // namespace
