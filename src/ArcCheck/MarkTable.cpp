@@ -64,7 +64,7 @@ void MarkTable::addModel(BaseModelClass& model, const std::string& above) {
 void MarkTable::addVariable(BaseModelClass& model, BaseStateVariableClass& variable) {
   const std::unique_ptr<List<BaseStateVariableClass>> leaves(variable.getLeafNodes());
   for (int i = 0; i < leaves->getNumItems(); ++i) {
-    BaseStateVariableClass& leaf = *leaves->getItem(i);
+    BaseStateVariableClass& leaf = *(*leaves)[i];
     Name name{&model, leaf.getFullyQualifiedName(), variable.getName()};
     if (const auto cell = cellOf(leaf); cell.has_value()) {
       Mark& mark = found_[cell->begin];
@@ -104,7 +104,7 @@ std::size_t MarkTable::countAtomicModels(BaseStateVariableClass& variable) const
   std::set<const BaseModelClass*> models;
   const std::unique_ptr<List<BaseStateVariableClass>> leaves(variable.getLeafNodes());
   for (int i = 0; i < leaves->getNumItems(); ++i) {
-    const auto mark = markOf(*leaves->getItem(i));
+    const auto mark = markOf(*(*leaves)[i]);
     for (std::size_t name = 0; mark.has_value() && name < namesOf(*mark).size(); ++name) {
       if (BaseModelClass* const model = namesOf(*mark)[name].model;
           model->GetModelType() == BaseModelClass::AtomicModel) {

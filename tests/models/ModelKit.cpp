@@ -144,7 +144,7 @@ namespace {
 
 /// In a build that checks arcs, which is slow, a run is there for that check and not for its observations.
 int batchesOf(const RunSettings& settings) {
-  constexpr int kBatchesForArcs = 100;
+  constexpr int kBatchesForArcs = 10;
   return support::kArcsAreChecked ? std::min(settings.batches, kBatchesForArcs) : settings.batches;
 }
 
