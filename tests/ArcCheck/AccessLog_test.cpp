@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <sstream>
 #include <string>
 
 namespace {
@@ -21,12 +22,13 @@ class AccessLogTest : public testing::Test {
 
   /// "0r 2rw": the ranges with what was done to them, in the order noted.
   std::string stopped() {
-    std::string text;
+    std::ostringstream text;
+    const char* between = "";
     for (const AccessLog::Access& access : log_.stop()) {
-      text += (text.empty() ? "" : " ") + std::to_string(access.range) + (access.isRead ? "r" : "") +
-              (access.isWritten ? "w" : "");
+      text << between << access.range << (access.isRead ? "r" : "") << (access.isWritten ? "w" : "");
+      between = " ";
     }
-    return text;
+    return text.str();
   }
 
   std::array<char, 32> memory_{};

@@ -1,0 +1,16 @@
+# Every model of this project, for checks that run them all: the target quorva_models builds them, and models.txt in the build
+# folder tells where each executable is.
+get_property(folders DIRECTORY "${PROJECT_SOURCE_DIR}/models" PROPERTY SUBDIRECTORIES)
+set(models)
+foreach(folder IN LISTS folders)
+  get_property(targets DIRECTORY "${folder}" PROPERTY BUILDSYSTEM_TARGETS)
+  foreach(target IN LISTS targets)
+    get_target_property(type ${target} TYPE)
+    if(type STREQUAL "EXECUTABLE")
+      list(APPEND models ${target})
+    endif()
+  endforeach()
+endforeach()
+add_custom_target(quorva_models DEPENDS ${models})
+list(TRANSFORM models REPLACE "(.+)" "$<TARGET_FILE:\\1>\n" OUTPUT_VARIABLE executables)
+file(GENERATE OUTPUT "${PROJECT_BINARY_DIR}/models.txt" CONTENT "$<JOIN:${executables},>")
