@@ -251,7 +251,9 @@ TEST_F(ListTest, AListIsNotCopied) {
   EXPECT_FALSE(std::is_copy_assignable_v<List<Item>>);
 }
 
-TEST_F(ListTest, RandomStepsAgreeWithAPlainVector) {
+/// Takes random steps with items of a pool of that size; about two fifths of it are in the list in the long run.
+void takeRandomSteps(ProbedList& list, std::size_t poolSize) {
+  std::vector<Item> item(poolSize);
   std::mt19937 random(20240611);
   std::vector<Item*> shadow;
   const auto positionOf = [&](Item* wanted) { return std::find(shadow.begin(), shadow.end(), wanted); };
@@ -287,7 +289,19 @@ TEST_F(ListTest, RandomStepsAgreeWithAPlainVector) {
         }
     }
     ASSERT_EQ(list.items(), shadow) << "step " << step;
+    if (step % 2500 == 2499) {
+      list.clearList();
+      shadow.clear();
+    }
   }
+}
+
+TEST_F(ListTest, RandomStepsAgreeWithAPlainVector) {
+  takeRandomSteps(list, 40);
+}
+
+TEST_F(ListTest, RandomStepsOnALongListAgreeWithAPlainVector) {
+  takeRandomSteps(list, 400);
 }
 
 class ListDeathTest : public ListTest {

@@ -106,6 +106,36 @@ TEST_F(PVModelRunTest, TheEndOfABatchTouchesOnlyNodesThatAreStillOpen) {
   EXPECT_EQ(firings().Accumulating, acc_done);
 }
 
+TEST_F(PVModelRunTest, AWindowBeginsAndEndsAtItsTimesThoughNoActionEarnsAnImpulse) {
+  TestRewardModel quiet(replicated("queue", 1, "serve"), {firingsVariable("early", {{1.0, 4.0}}, "serve", "queue"),
+                                                          firingsVariable("late", {{3.0, 6.0}}, "serve", "queue")});
+  quiet.ConsiderOnly(nullptr, 0);
+  const auto statesAt = [&quiet](double time) {
+    quiet.Accumulate(time);
+    return std::vector<int>{quiet.node(0).Accumulating, quiet.node(1).Accumulating};
+  };
+  EXPECT_THAT(statesAt(0.5), ElementsAre(acc_later, acc_later));
+  EXPECT_THAT(statesAt(1.0), ElementsAre(acc_now, acc_later));
+  EXPECT_THAT(statesAt(2.0), ElementsAre(acc_now, acc_later));
+  EXPECT_THAT(statesAt(3.0), ElementsAre(acc_now, acc_now));
+  EXPECT_THAT(statesAt(4.0), ElementsAre(acc_now, acc_now));
+  EXPECT_THAT(statesAt(4.5), ElementsAre(acc_done, acc_now));
+  EXPECT_THAT(statesAt(6.0), ElementsAre(acc_done, acc_now));
+  EXPECT_THAT(statesAt(6.5), ElementsAre(acc_done, acc_done));
+  quiet.PVReset();
+  EXPECT_THAT(statesAt(1.5), ElementsAre(acc_now, acc_later));
+}
+
+TEST_F(PVModelRunTest, ANodeThatWasResetAloneIsLookedAtAgain) {
+  model.ConsiderOnly(nullptr, 0);
+  model.Accumulate(4.0);
+  ASSERT_EQ(firings().Accumulating, acc_now);
+  firings().Reset();
+  model.WindowsMoved();
+  model.Accumulate(5.0);
+  EXPECT_EQ(firings().Accumulating, acc_now);
+}
+
 TEST_F(PVModelRunTest, ABatchAfterAResetGivesTheSameTotals) {
   model.ConsiderOnly(nullptr, 0);
   std::vector<char> start(static_cast<std::size_t>(model.StateSize()));
