@@ -8,8 +8,8 @@ def queue(stop_time, arrival=0.9, service=1.0, capacity=100):
     """Number in an M/M/1/K queue, averaged over [0, stop_time] from empty.
 
     With f the number, p its stationary law and m its mean, the deviation h(i) = integral over time of
-    E[f | start i] - m solves Poisson's equation; the expectation is m + h(0) / T up to terms that fade exponentially, and
-    the variance 2 sum p (f - m) h / T. Source: S. Asmussen, P. W. Glynn, Stochastic Simulation, 2007, chapter IV.
+    E[f | start i] - m solves Poisson's equation; the expectation is m + h(0) / T up to terms that fade exponentially,
+    and the variance 2 sum p (f - m) h / T. Source: S. Asmussen, P. W. Glynn, Stochastic Simulation, 2007, chapter IV.
     """
     weights = [(arrival / service) ** i for i in range(capacity + 1)]
     law = [weight / sum(weights) for weight in weights]
@@ -25,8 +25,8 @@ def queue(stop_time, arrival=0.9, service=1.0, capacity=100):
 
 
 def cycle(_stop_time, stations=50, customers=200):
-    """Throughput of a station: its stationary chance of not being empty, as all ways to spread the customers are alike
-    likely. From 4 at each the throughput is higher at first, by some 8 firings of a station in all: far below the error
+    """Throughput of a station: its stationary chance of not being empty, as the customers are spread in all ways
+    alike. From 4 at each the throughput is higher at first, by some 8 firings of a station in all: far below the error
     of a station's share of time in the runs here, and left out where all stations' firings are counted."""
     return customers / (customers + stations - 1), None
 

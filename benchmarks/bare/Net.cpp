@@ -29,9 +29,6 @@ void Net::addTransition(double rate, const std::vector<Arc>& its, const std::vec
 }
 
 void Net::connect() {
-  for (Arc& arc : arcs) {
-    arc.rewardChange = arc.change * weights[arc.place];
-  }
   std::vector<std::vector<std::uint32_t>> readers(marks.size());
   for (std::uint32_t t = 0; t < transitionCount(); ++t) {
     for (std::uint32_t i = transitions[t].firstCondition; i < transitions[t + 1].firstCondition; ++i) {

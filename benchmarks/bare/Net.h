@@ -12,7 +12,6 @@ struct Net {
   struct Arc {
     std::uint32_t place;
     std::int32_t change;
-    double rewardChange = 0.0;  // written by connect
   };
   /// least <= mark <= most
   struct Condition {
@@ -30,8 +29,8 @@ struct Net {
 
   std::uint32_t addPlace(std::int32_t mark, double rewardWeight);
   void addTransition(double rate, const std::vector<Arc>& its, const std::vector<Condition>& when);
-  /// Fills `affected`, for each transition with itself and then those whose conditions look at a place that it changes,
-  /// and the rewards of the arcs. To be called once, behind all the above.
+  /// Fills `affected`, for each transition with itself and then those whose conditions look at a place that it changes.
+  /// To be called once, behind all the above.
   void connect();
 
   [[nodiscard]] std::uint32_t transitionCount() const { return static_cast<std::uint32_t>(transitions.size() - 1); }

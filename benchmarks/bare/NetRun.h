@@ -18,6 +18,7 @@ class NetRun {
       : pending_(net.transitionCount()),
         stream_(stream),
         marks_(net.marks.data()),
+        weights_(net.weights.data()),
         transitions_(net.transitions.data()),
         arcs_(net.arcs.data()),
         conditions_(net.conditions.data()),
@@ -52,8 +53,9 @@ class NetRun {
     const Net::Transition& transition = transitions_[fired];
     const Net::Transition& behind = transitions_[fired + 1];
     for (std::uint32_t i = transition.firstArc; i < behind.firstArc; ++i) {
-      marks_[arcs_[i].place] += arcs_[i].change;
-      reward_ += arcs_[i].rewardChange;
+      const Net::Arc arc = arcs_[i];
+      marks_[arc.place] += arc.change;
+      reward_ += arc.change * weights_[arc.place];
     }
     // What fired stays at the top of the heap until a transition, the same or the first to be enabled, takes its place.
     bool isOver = !isEnabled(fired);
@@ -96,6 +98,7 @@ class NetRun {
   SlotHeap<4> pending_;
   UniformStream& stream_;
   std::int32_t* marks_;
+  const double* weights_;
   const Net::Transition* transitions_;
   const Net::Arc* arcs_;
   const Net::Condition* conditions_;
