@@ -16,7 +16,9 @@ std::function<std::unique_ptr<BaseStudyClass>()>& studyMaker() {
   return maker;
 }
 
-std::unique_ptr<BaseStudyClass> theStudy;
+/// Owned from GenerateStudy to DestructStudy. Not by an object that the end of the process destroys: a run that ends in an
+/// error leaves a simulator behind that still refers to the model.
+BaseStudyClass* theStudy = nullptr;
 
 }  // namespace
 
@@ -34,11 +36,12 @@ StudyEntry::StudyEntry(std::string name, ExperimentTable experiments, RewardMode
 BaseStudyClass* GenerateStudy() {
   using namespace modelling;
   if (theStudy == nullptr) {
-    theStudy = studyMaker()();
+    theStudy = studyMaker()().release();
   }
-  return theStudy.get();
+  return theStudy;
 }
 
 void DestructStudy() {
-  modelling::theStudy.reset();
+  delete modelling::theStudy;
+  modelling::theStudy = nullptr;
 }
