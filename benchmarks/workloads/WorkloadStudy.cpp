@@ -2,24 +2,14 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
 #include <iostream>
 #include <type_traits>
 #include <utility>
 
+#include "BaseClasses/OwnedText.h"
 #include "Performance_Variables/PVModel.h"
 
 namespace {
-
-/// A copy that the base class releases with free.
-char* mallocCopy(const char* text) {
-  char* const copy = strdup(text);
-  if (copy == nullptr) {
-    std::abort();
-  }
-  return copy;
-}
 
 std::unique_ptr<BaseStudyClass>& theStudy() {
   static std::unique_ptr<BaseStudyClass> study;
@@ -35,8 +25,8 @@ WorkloadStudy::WorkloadStudy(std::vector<Parameter> parameters, RewardModelMaker
   GVNames = new char*[parameters_.size()];
   GVTypes = new char*[parameters_.size()];
   for (std::size_t i = 0; i < parameters_.size(); ++i) {
-    GVNames[i] = mallocCopy(parameters_[i].name);
-    GVTypes[i] = mallocCopy(std::holds_alternative<Double*>(parameters_[i].variable) ? "double" : "int");
+    GVNames[i] = support::mallocCopyOfText(parameters_[i].name);
+    GVTypes[i] = support::mallocCopyOfText(std::holds_alternative<Double*>(parameters_[i].variable) ? "double" : "int");
   }
 }
 

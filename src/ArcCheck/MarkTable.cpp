@@ -1,13 +1,12 @@
 #include "ArcCheck/MarkTable.h"
 
 #include <algorithm>
-#include <memory>
 #include <set>
 #include <utility>
 
 #include "BaseClasses/BaseModelClass.h"
 #include "BaseClasses/BaseStateVariableClass.h"
-#include "BaseClasses/List.h"
+#include "BaseClasses/LeafNodes.h"
 #include "BaseClasses/state/SharableSV.h"
 
 namespace support {
@@ -62,18 +61,16 @@ void MarkTable::addModel(BaseModelClass& model, const std::string& above) {
 }
 
 void MarkTable::addVariable(BaseModelClass& model, BaseStateVariableClass& variable) {
-  const std::unique_ptr<List<BaseStateVariableClass>> leaves(variable.getLeafNodes());
-  for (int i = 0; i < leaves->getNumItems(); ++i) {
-    BaseStateVariableClass& leaf = *(*leaves)[i];
-    Name name{&model, leaf.getFullyQualifiedName(), variable.getName()};
-    if (const auto cell = cellOf(leaf); cell.has_value()) {
+  forEachLeaf(variable, [&](BaseStateVariableClass* leaf) {
+    Name name{&model, leaf->getFullyQualifiedName(), variable.getName()};
+    if (const auto cell = cellOf(*leaf); cell.has_value()) {
       Mark& mark = found_[cell->begin];
       mark.range = *cell;
       mark.names.push_back(std::move(name));
     } else {
       hidden_.push_back(std::move(name));
     }
-  }
+  });
 }
 
 std::vector<AccessLog::Range> MarkTable::ranges() const {
@@ -102,16 +99,15 @@ bool MarkTable::hasMark(BaseStateVariableClass& leaf) {
 
 std::size_t MarkTable::countAtomicModels(BaseStateVariableClass& variable) const {
   std::set<const BaseModelClass*> models;
-  const std::unique_ptr<List<BaseStateVariableClass>> leaves(variable.getLeafNodes());
-  for (int i = 0; i < leaves->getNumItems(); ++i) {
-    const auto mark = markOf(*(*leaves)[i]);
+  forEachLeaf(variable, [&](BaseStateVariableClass* leaf) {
+    const auto mark = markOf(*leaf);
     for (std::size_t name = 0; mark.has_value() && name < namesOf(*mark).size(); ++name) {
       if (BaseModelClass* const model = namesOf(*mark)[name].model;
           model->GetModelType() == BaseModelClass::AtomicModel) {
         models.insert(model);
       }
     }
-  }
+  });
   return models.size();
 }
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <iosfwd>
 #include <string>
+#include <vector>
 
 #include "BaseClasses/List.h"
 
@@ -99,6 +100,11 @@ class BaseStateVariableClass {
  protected:
   /// Ends the process with status 1 and a message if `other`, with which this variable is to be shared, is null.
   void requirePartner(const BaseStateVariableClass* other);
+
+  /// The items as they stand now: sharing changes the lists that it goes through.
+  static std::vector<BaseActionClass*> itemsOf(List<BaseActionClass>* list) {
+    return {list->getList(), list->getList() + list->getNumItems()};
+  }
 
   char* VariableNamePrefix =
       nullptr;          // owned; qualified name of the array or struct that holds this variable, or empty

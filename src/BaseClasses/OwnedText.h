@@ -1,7 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdlib>
 #include <cstring>
+
+#include "BaseClasses/StandardErrors.h"
 
 namespace support {
 
@@ -14,6 +17,16 @@ namespace support {
   char* const copy = new char[length];
   std::memcpy(copy, text, length);
   return copy;
+}
+
+/// A copy of `text` made by malloc, for lists whose owner releases their entries with free, as those of a study.
+[[nodiscard]] inline char* mallocCopyOfText(const char* text) {
+  const std::size_t length = std::strlen(text) + 1;
+  auto* const copy = static_cast<char*>(std::malloc(length));
+  if (copy == nullptr) {
+    MemoryAllocationError();
+  }
+  return static_cast<char*>(std::memcpy(copy, text, length));
 }
 
 /// Puts a copy of `text` in the place of `owned`, which is freed. `text` may be the old text itself, or a part of it.

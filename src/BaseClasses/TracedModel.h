@@ -1,11 +1,9 @@
 #pragma once
 
-#include <memory>
-
 #include "BaseClasses/BaseActionClass.h"
 #include "BaseClasses/BaseModelClass.h"
 #include "BaseClasses/BaseStateVariableClass.h"
-#include "BaseClasses/List.h"
+#include "BaseClasses/LeafNodes.h"
 
 namespace support {
 
@@ -13,10 +11,7 @@ namespace support {
 template <typename Use>
 void forEachLeaf(BaseStateVariableClass** variables, int count, Use use) {
   for (int i = 0; variables != nullptr && i < count; ++i) {
-    const std::unique_ptr<List<BaseStateVariableClass>> leaves(variables[i]->getLeafNodes());
-    for (int leaf = 0; leaf < leaves->getNumItems(); ++leaf) {
-      use(leaves->getItem(leaf));
-    }
+    forEachLeaf(*variables[i], use);
   }
 }
 

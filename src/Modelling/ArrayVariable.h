@@ -37,7 +37,7 @@ class ArrayVariable : public ArrayStateVariable<typename Element<T>::Kind> {
   /// With elements of any making.
   ArrayVariable(MakeElement makeElement, const char* name, const char* prefix, int size)
       : ArrayStateVariable<ElementKind>(name, prefix, Element<T>::kType, size), makeElement_(std::move(makeElement)) {
-    const std::string holder = *prefix == '\0' ? name : std::string(prefix) + '.' + name;
+    const std::string holder = this->getFullyQualifiedName();
     for (int i = 0; i < size; ++i) {
       this->fields.push_back(makeElement_(std::to_string(i).c_str(), holder.c_str()).release());
     }

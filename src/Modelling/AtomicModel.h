@@ -64,20 +64,16 @@ class AtomicModel : public SANModel {
   /// whose number is known only when the model is built.
   template <typename Kind, typename... Arguments>
   Kind& make(const std::string& name, Arguments&&... arguments) {
-    auto made = std::make_unique<Twinned<Kind>>(name.c_str(), std::forward<Arguments>(arguments)...);
-    Kind& variable = *made;
+    Kind& variable = keep<Kind>(name, std::forward<Arguments>(arguments)...);
     addVariable(variable);
-    variables_.push_back(std::move(made));
     return variable;
   }
 
   /// The same for a variable that no activity of this model changes, and whose value is thus no part of the state image.
   template <typename Kind, typename... Arguments>
   Kind& makeReadOnly(const std::string& name, Arguments&&... arguments) {
-    auto made = std::make_unique<Twinned<Kind>>(name.c_str(), std::forward<Arguments>(arguments)...);
-    Kind& variable = *made;
+    Kind& variable = keep<Kind>(name, std::forward<Arguments>(arguments)...);
     addReadOnly(variable);
-    variables_.push_back(std::move(made));
     return variable;
   }
 
@@ -111,6 +107,14 @@ class AtomicModel : public SANModel {
   void enter(BaseGroupClass& group, BaseGroupClass& member);
 
  private:
+  /// Makes a variable that this model owns.
+  template <typename Kind, typename... Arguments>
+  Kind& keep(const std::string& name, Arguments&&... arguments) {
+    auto made = std::make_unique<Twinned<Kind>>(name.c_str(), std::forward<Arguments>(arguments)...);
+    Kind& variable = *made;
+    variables_.push_back(std::move(made));
+    return variable;
+  }
   void addReadOnly(BaseStateVariableClass& variable);
   void schedule(BaseGroupClass& entry);
   void adopt(BaseActionClass& action);

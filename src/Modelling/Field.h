@@ -16,7 +16,7 @@ class Field : public Element<T>::Kind {
   /// `arguments` stand behind name and prefix in a constructor of the field's class: the initial value of a number.
   template <typename Record, typename... Arguments>
   Field(StructVariable<Record>& holder, const char* name, Arguments&&... arguments)
-      : Element<T>::Kind(name, holder.qualifiedName().c_str(), std::forward<Arguments>(arguments)...) {
+      : Element<T>::Kind(name, holder.getFullyQualifiedName(), std::forward<Arguments>(arguments)...) {
     holder.addField(Element<T>::kType, *this);
   }
 };

@@ -35,8 +35,9 @@ namespace modelling {
 /// several are added.
 class PerformanceVariable {
  public:
-  /// What is known of a worker before there is one.
-  using MakeWorker = std::function<std::unique_ptr<PerformanceVariableWorker>(RewardType, BaseModelClass& topModel)>;
+  /// What is known of a worker before there is one. `isFirst` of the variable's workers.
+  using MakeWorker =
+      std::function<std::unique_ptr<PerformanceVariableWorker>(RewardType, BaseModelClass& topModel, bool isFirst)>;
   /// Tests that a model is of the class that a function takes.
   using IsModel = bool (*)(BaseModelClass*);
 
@@ -71,7 +72,7 @@ class PerformanceVariable {
   PerformanceVariable& rate(const std::vector<std::string>& models, Function function) {
     using Models = typename ModelFunction<Function>::Types;
     setRate(models, testsOf(static_cast<Models*>(nullptr)),
-            [function = std::move(function)](RewardType type, BaseModelClass& /*topModel*/) {
+            [function = std::move(function)](RewardType type, BaseModelClass& /*topModel*/, bool /*isFirst*/) {
               return makeWorker<WorkerOf<Function, Models>::template Type>(type, function);
             });
     return *this;
@@ -80,10 +81,12 @@ class PerformanceVariable {
   /// The rate reward: `function` of all models of that name at once, which it takes as a `std::span<Model* const>`.
   template <typename Model, typename Function>
   PerformanceVariable& rateOfAll(const std::string& model, Function function) {
-    setRate(
-        {model}, {&isModel<Model>}, [function = std::move(function), model](RewardType type, BaseModelClass& topModel) {
-          return makeWorker<TotalOf<Function, Model>::template Type>(type, function, instances<Model>(topModel, model));
-        });
+    setRate({model}, {&isModel<Model>},
+            [function = std::move(function), model](RewardType type, BaseModelClass& topModel, bool isFirst) {
+              // The others look at no instance; lists for all would take the square of the number of replicas.
+              return makeWorker<TotalOf<Function, Model>::template Type>(
+                  type, function, isFirst ? instances<Model>(topModel, model) : std::vector<Model*>());
+            });
     return *this;
   }
 
@@ -120,9 +123,9 @@ class PerformanceVariable {
   [[nodiscard]] const std::vector<Impulse>& impulses() const { return impulses_; }
   [[nodiscard]] const std::vector<StateVariable>& dependencies() const { return dependencies_; }
 
-  /// A worker of this variable. Requires a rate reward.
-  [[nodiscard]] std::unique_ptr<PerformanceVariableWorker> makeWorker(BaseModelClass& topModel) const {
-    return makeWorker_(type_, topModel);
+  /// A worker of this variable, of which that number was made before. Requires a rate reward.
+  [[nodiscard]] std::unique_ptr<PerformanceVariableWorker> makeWorker(BaseModelClass& topModel, int number) const {
+    return makeWorker_(type_, topModel, number == 0);
   }
 
  private:

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include "BaseClasses/state/StructStateVariable.h"
 
 namespace modelling {
@@ -24,22 +22,15 @@ template <typename Record = NoRecord>
 class StructVariable : public StructStateVariable<Record> {
  public:
   /// `prefix` is the qualified name of the holder, for a struct inside another variable.
-  explicit StructVariable(const char* name, const char* prefix = "")
-      : StructStateVariable<Record>(name, prefix),
-        qualifiedName_(*prefix == '\0' ? name : std::string(prefix) + '.' + name) {}
+  explicit StructVariable(const char* name, const char* prefix = "") : StructStateVariable<Record>(name, prefix) {}
 
   StructVariable(const StructVariable&) = delete;
   StructVariable& operator=(const StructVariable&) = delete;
-
-  [[nodiscard]] const std::string& qualifiedName() const { return qualifiedName_; }
 
   /// Enters the next field. Called by Field.
   void addField(ArrayType type, BaseStateVariableClass& variable) {
     this->fields.push_back(BaseStructStateVariable::field(type, &variable));
   }
-
- private:
-  std::string qualifiedName_;
 };
 
 }  // namespace modelling

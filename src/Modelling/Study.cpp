@@ -1,28 +1,13 @@
 #include "Modelling/Study.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <cstring>
 #include <iostream>
 #include <utility>
 
-#include "BaseClasses/StandardErrors.h"
+#include "BaseClasses/OwnedText.h"
 #include "Modelling/ModelFault.h"
 
 namespace modelling {
-namespace {
-
-/// A copy that the base class releases with free.
-char* mallocCopy(const char* text) {
-  const std::size_t size = std::strlen(text) + 1;
-  auto* const copy = static_cast<char*>(std::malloc(size));
-  if (copy == nullptr) {
-    MemoryAllocationError();
-  }
-  return static_cast<char*>(std::memcpy(copy, text, size));
-}
-
-}  // namespace
 
 Study::Study(std::string name, ExperimentTable experiments, RewardModel::Describe describe)
     : name_(std::move(name)), experiments_(std::move(experiments)), describe_(std::move(describe)) {
@@ -35,8 +20,8 @@ Study::Study(std::string name, ExperimentTable experiments, RewardModel::Describ
   GVNames = new char*[variables.size()];
   GVTypes = new char*[variables.size()];
   for (std::size_t i = 0; i < variables.size(); ++i) {
-    GVNames[i] = mallocCopy(variables[i]->name().c_str());
-    GVTypes[i] = mallocCopy(variables[i]->typeName());
+    GVNames[i] = support::mallocCopyOfText(variables[i]->name().c_str());
+    GVTypes[i] = support::mallocCopyOfText(variables[i]->typeName());
   }
 }
 

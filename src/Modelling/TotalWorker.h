@@ -12,7 +12,7 @@ namespace modelling {
 template <typename Kind, typename Function, typename Model>
 class TotalWorker final : public Kind {
  public:
-  /// `instances` are borrowed from the model tree.
+  /// `instances` are borrowed from the model tree; only the first worker needs them.
   TotalWorker(Function function, std::vector<Model*> instances)
       : Kind(1), function_(std::move(function)), instances_(std::move(instances)) {}
 

@@ -24,7 +24,7 @@ VariableNode::VariableNode(const PerformanceVariable& variable, int timeIndex) :
 
 void VariableNode::CreateWorkerList() {
   for (int worker = 0; worker < NumberOfWorkers; ++worker) {
-    WorkerList[worker] = variable_->makeWorker(*topModel_).release();
+    WorkerList[worker] = variable_->makeWorker(*topModel_, worker).release();
   }
 }
 

@@ -112,10 +112,6 @@ class RecordLayout {
   std::size_t size_ = 0;
 };
 
-std::vector<BaseActionClass*> itemsOf(List<BaseActionClass>& list) {
-  return {list.getList(), list.getList() + list.getNumItems()};
-}
-
 }  // namespace
 
 BaseStructStateVariable::BaseStructStateVariable(const char* name, const char* prefix)
@@ -197,8 +193,8 @@ void BaseStructStateVariable::ShareWith(BaseStructStateVariable* otherStruct) {
   }
   // Only the actions of the lists as they stand now can name the other struct; to ask all those of the merged lists would
   // make the building of a model of n replicas take the square of n.
-  const std::vector<BaseActionClass*> affecting = itemsOf(*otherStruct->getAffectingActions());
-  const std::vector<BaseActionClass*> enabled = itemsOf(*otherStruct->getEnabledActions());
+  const std::vector<BaseActionClass*> affecting = itemsOf(otherStruct->getAffectingActions());
+  const std::vector<BaseActionClass*> enabled = itemsOf(otherStruct->getEnabledActions());
   takeIn(otherOwner);
   for (BaseActionClass* const action : affecting) {
     action->replaceAffectedSV(otherStruct, this);

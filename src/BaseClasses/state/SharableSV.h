@@ -97,10 +97,6 @@ class SharableSV : public BaseStateVariableClass {
   void addLink(T** pointer, BaseStateVariableClass* owner);
   void printChain();
   void printValue(std::ostream& strm) const;
-
-  static std::vector<BaseActionClass*> itemsOf(List<BaseActionClass>* list) {
-    return {list->getList(), list->getList() + list->getNumItems()};
-  }
 };
 
 template <typename T>
@@ -120,8 +116,8 @@ void SharableSV<T>::ShareWith(SharableSV<T>* other) {
   requirePartner(other);
   // Only the actions of the lists as they stand now can name `other`; the merged lists hold many more, and asking all of
   // them would make the building of a model of n replicas take the fourth power of n.
-  const std::vector<BaseActionClass*> affecting = itemsOf(other->getAffectingActions());
-  const std::vector<BaseActionClass*> enabled = itemsOf(other->getEnabledActions());
+  const std::vector<BaseActionClass*> affecting = this->itemsOf(other->getAffectingActions());
+  const std::vector<BaseActionClass*> enabled = this->itemsOf(other->getEnabledActions());
   if (other->TheState == TheState) {
     // One variable already. Registering it again would free the cell that both use.
   } else if (other->Stored && Stored) {

@@ -1,12 +1,11 @@
 #include "railway/Study/study/studyRangeStudy.h"
 
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <type_traits>
 
-#include "BaseClasses/StandardErrors.h"
+#include "BaseClasses/OwnedText.h"
 #include "Performance_Variables/PVModel.h"
 #include "railway/Reward/reward/rewardPVModel.h"
 #include "railway/Study/study/GlobalVariables.h"
@@ -15,16 +14,6 @@ namespace {
 
 constexpr std::uint32_t kNumVariables = 12;
 constexpr std::uint32_t kNumExperiments = 1;
-
-/// A copy of `text` for the lists of the base class, which releases its entries with free.
-char* mallocCopy(const char* text) {
-  const std::size_t size = std::strlen(text) + 1;
-  auto* copy = static_cast<char*>(std::malloc(size));
-  if (copy == nullptr) {
-    MemoryAllocationError();
-  }
-  return static_cast<char*>(std::memcpy(copy, text, size));
-}
 
 /// The text of a variable's type, from the type of its values.
 template <typename T>
@@ -74,8 +63,8 @@ studyRangeStudy::studyRangeStudy() {
   std::uint32_t index = 0;
   forEachGV([&](const char* name, auto& /*variable*/, auto*& values, auto /*setValues*/) {
     using Value = std::remove_reference_t<decltype(*values)>;
-    GVNames[index] = mallocCopy(name);
-    GVTypes[index] = mallocCopy(typeText<Value>());
+    GVNames[index] = support::mallocCopyOfText(name);
+    GVTypes[index] = support::mallocCopyOfText(typeText<Value>());
     values = new Value[NumExps]{};
     ++index;
   });
