@@ -10,6 +10,7 @@
 #include "BaseClasses/BaseGroupClass.h"
 #include "BaseClasses/BaseModelClass.h"
 #include "BaseClasses/BaseStateVariableClass.h"
+#include "BaseClasses/CellPool.h"
 #include "BaseClasses/DebugLines.h"
 #include "Performance_Variables/PVModel.h"
 #include "Simulator/ParseInt32.h"
@@ -115,7 +116,7 @@ short SimulatorClass::GenerateConnectivityListOld() {
 
 short SimulatorClass::AddActionAffects(BaseActionClass* group, BaseActionClass* action) {
   debugAddition(action);
-  action->Affects = new ActionAffectsElement{group, action->Affects};
+  action->Affects = support::CellPool<ActionAffectsElement>::make(group, action->Affects);
   return 0;
 }
 
@@ -128,7 +129,7 @@ short SimulatorClass::AddActionAffectsOld(BaseActionClass* group, BaseActionClas
     }
     link = &(*link)->next;
   }
-  *link = new ActionAffectsElement{group, nullptr};
+  *link = support::CellPool<ActionAffectsElement>::make(group, nullptr);
   return 0;
 }
 
@@ -136,7 +137,7 @@ void SimulatorClass::ClearActionAffectsList(BaseActionClass* action) {
   while (action->Affects != nullptr) {
     ActionAffectsElement* const first = action->Affects;
     action->Affects = first->next;
-    delete first;
+    support::CellPool<ActionAffectsElement>::release(first);
   }
 }
 

@@ -8,6 +8,7 @@
 #include "BaseClasses/Assertions.h"
 #include "BaseClasses/BaseActionClass.h"
 #include "BaseClasses/BaseStateVariableClass.h"
+#include "BaseClasses/CellPool.h"
 #include "BaseClasses/DebugLines.h"
 #include "BaseClasses/List.h"
 #include "BaseClasses/state/SharedPointer.h"
@@ -89,7 +90,7 @@ class SharableSV : public BaseStateVariableClass {
   /// Forgets the chain, whose links have gone to the leader.
   void setHeadToNull() { Head = nullptr; }
 
-  T* TheState = new T();             // owned while Stored, otherwise borrowed from the leader
+  T* TheState = support::CellPool<T>::make();  // owned while Stored, otherwise borrowed from the leader
   SharedPointer<T>* Head = nullptr;  // owned chain, newest pointer first; null on a variable registered with a leader
   SharableSV<T>* Leader = this;      // borrowed: the variable into which this one was registered; itself at first
 
@@ -102,7 +103,7 @@ class SharableSV : public BaseStateVariableClass {
 template <typename T>
 SharableSV<T>::~SharableSV() {
   if (Stored) {
-    delete TheState;
+    support::CellPool<T>::release(TheState);
   }
   while (Head != nullptr) {
     SharedPointer<T>* const next = Head->getNeighbor();
@@ -148,7 +149,7 @@ void SharableSV<T>::ShareWith(SharableSV<T>* other) {
 template <typename T>
 void SharableSV<T>::Register(SharableSV<T>* other) {
   if (other->Stored) {
-    delete other->TheState;
+    support::CellPool<T>::release(other->TheState);
   }
   const bool otherOwnedLists = other->Stored;
   other->setLeader(this);
