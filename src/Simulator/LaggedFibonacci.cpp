@@ -1,6 +1,8 @@
 #include "Simulator/LaggedFibonacci.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace {
 
@@ -19,6 +21,32 @@ inline double sumModuloOne(double x, double y) {
   return sum - static_cast<std::int32_t>(truncatable);
 }
 
+/// Whether the seed has put values of ran_u outside [0, 1), which none leaves that was in it.
+bool startedOutsideUnitInterval = false;
+
+/// `count` sums of `older` and `newer`, which may not overlap with `sums`.
+template <typename Sum>
+void addSpans(const double* __restrict older, const double* __restrict newer, double* __restrict sums, int count,
+              Sum sum) {
+  for (int j = 0; j < count; ++j) {
+    sums[j] = sum(older[j], newer[j]);
+  }
+}
+
+/// The next `n` values into `aa` and the state behind them, in pieces that are short enough not to need their own sums.
+template <typename Sum>
+void advance(double* aa, int n, Sum sum) {
+  std::copy_n(ran_u, kLongLag, aa);
+  for (int j = kLongLag; j < n; j += kShortLag) {
+    addSpans(aa + j - kLongLag, aa + j - kShortLag, aa + j, std::min(kShortLag, n - j), sum);
+  }
+  // The values n to n + 99 replace the state; the first of them still reach back into the block for both terms.
+  addSpans(aa + n - kLongLag, aa + n - kShortLag, ran_u, kShortLag, sum);
+  for (int i = kShortLag; i < kLongLag; i += kShortLag) {
+    addSpans(aa + n - kLongLag + i, ran_u + i - kShortLag, ran_u + i, std::min(kShortLag, kLongLag - i), sum);
+  }
+}
+
 }  // namespace
 
 double ran_u[kLongLag] = {};
@@ -27,18 +55,14 @@ double ranf_arr_sentinel = -1.0;
 double* ranf_arr_ptr = &ranf_arr_sentinel;
 
 void ranf_array(double aa[], int n) {
-  for (int j = 0; j < kLongLag; ++j) {
-    aa[j] = ran_u[j];
-  }
-  for (int j = kLongLag; j < n; ++j) {
-    aa[j] = sumModuloOne(aa[j - kLongLag], aa[j - kShortLag]);
-  }
-  // The values n to n + 99 replace the state; the first of them still reach back into the block for both terms.
-  for (int i = 0; i < kShortLag; ++i) {
-    ran_u[i] = sumModuloOne(aa[n + i - kLongLag], aa[n + i - kShortLag]);
-  }
-  for (int i = kShortLag; i < kLongLag; ++i) {
-    ran_u[i] = sumModuloOne(aa[n + i - kLongLag], ran_u[i - kShortLag]);
+  if (!startedOutsideUnitInterval) [[likely]] {
+    // No sum reaches 2, nor any other bound of an int.
+    advance(aa, n, [](double x, double y) {
+      const double sum = x + y;
+      return sum - static_cast<std::int32_t>(sum);
+    });
+  } else {
+    advance(aa, n, sumModuloOne);
   }
 }
 
@@ -89,6 +113,8 @@ void ranf_start(std::int32_t seed) {
   for (int j = kShortLag; j < kLongLag; ++j) {
     ran_u[j - kShortLag] = u[j];
   }
+  startedOutsideUnitInterval =
+      !std::all_of(std::begin(ran_u), std::end(ran_u), [](double value) { return value >= 0.0 && value < 1.0; });
 }
 
 double ranf_arr_cycle() {
