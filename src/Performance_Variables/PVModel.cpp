@@ -370,7 +370,7 @@ void PVModel::ConsiderOnly(const int* NodeIndices, int size) {
       RelevantNodes.push_back(PerformanceVariableList[NodeIndices[i]]);
     }
   }
-  nodesWithWorkers_.reserve(RelevantNodes.size());
+  nodesThatTakeRates_.reserve(RelevantNodes.size());
 }
 
 void PVModel::Destruct() {
@@ -384,7 +384,7 @@ void PVModel::Destruct() {
   }
   actionsWithImpulseData_.clear();
   RelevantNodes.clear();
-  nodesWithWorkers_.clear();
+  nodesThatTakeRates_.clear();
   delete[] AffectingActions;
   AffectingActions = nullptr;
   delete[] ListOfAffectedLists;
@@ -435,16 +435,21 @@ void PVModel::debugAccumulate(double new_time) {
   support::debugLine(1, "Accumulation Time", " = ", new_time);
 }
 
-/// A step of every relevant node, which finds out anew which of them can be left out of the next ones.
+/// A step of every relevant node, which finds out anew which of them have something to take until when.
 void PVModel::accumulateAll(double new_time) {
-  nodesWithWorkers_.clear();
+  nodesThatTakeRates_.clear();
+  quietFrom_ = -std::numeric_limits<double>::infinity();
   quietUntil_ = std::numeric_limits<double>::infinity();
   for (PerformanceVariableNode* const node : RelevantNodes) {
     node->Accumulate(new_time, LastActionTime, LastAction);
-    if (node->NumberOfWorkers > 0) {
-      nodesWithWorkers_.push_back(node);
+    if (node->Accumulating == acc_now) {
+      quietFrom_ = std::max(quietFrom_, node->Start);
+      quietUntil_ = std::min(quietUntil_, node->Stop);
+      if (node->NumberOfWorkers > 0) {
+        nodesThatTakeRates_.push_back(node);
+      }
     } else if (node->Accumulating != acc_done) {
-      quietUntil_ = std::min(quietUntil_, node->Accumulating == acc_now ? node->Stop : node->Start);
+      quietUntil_ = std::min(quietUntil_, node->Start);
     }
   }
 }

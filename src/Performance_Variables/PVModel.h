@@ -86,12 +86,16 @@ class PVModel : public BaseModelClass {
     if (GlobalDebugLevel > 1) [[unlikely]] {
       debugAccumulate(new_time);
     }
-    if (!LastAction->EarnsNoImpulse || !(new_time < quietUntil_)) {
+    takeRewards(new_time);
+  }
+  /// Accumulate, for who has seen to it that no debug line is due.
+  void takeRewards(double new_time) {
+    if (!LastAction->EarnsNoImpulse || !(new_time >= quietFrom_ && new_time < quietUntil_)) {
       accumulateAll(new_time);
       return;
     }
-    for (PerformanceVariableNode* const node : nodesWithWorkers_) {
-      node->Accumulate(new_time, LastActionTime, LastAction);
+    for (PerformanceVariableNode* const node : nodesThatTakeRates_) {
+      node->takeRateRewards(new_time, LastActionTime);
     }
   }
   /// To be called by who has moved a node's window or changed its state other than through this model, such as by a
@@ -102,6 +106,10 @@ class PVModel : public BaseModelClass {
     if (GlobalDebugLevel > 0) [[unlikely]] {
       debugFiring();
     }
+    return fire(TheAction, FiringTime);
+  }
+  /// FireAction, for who has seen to it that no debug line is due.
+  BaseActionClass* fire(BaseActionClass* TheAction, double FiringTime) {
     LastActionTime = FiringTime;
     LastAction = TheAction->Fire();
     return LastAction;
@@ -176,9 +184,11 @@ class PVModel : public BaseModelClass {
   static void debugAccumulate(double new_time);
   static void debugFiring();
 
-  // Of the relevant nodes, those with a rate reward take part in every step. The others are only looked at when the last
-  // action earns an impulse, or from this time on, the first at which one of them enters or leaves its window.
-  std::vector<PerformanceVariableNode*> nodesWithWorkers_;
+  // While no node enters or leaves its window, which is from quietFrom_ to before quietUntil_, and no firing earns an
+  // impulse, a step is no more than this: those of the relevant nodes that have a rate reward and stand in their window
+  // take it.
+  std::vector<PerformanceVariableNode*> nodesThatTakeRates_;
+  double quietFrom_ = -std::numeric_limits<double>::infinity();
   double quietUntil_ = -std::numeric_limits<double>::infinity();
 
   std::vector<BaseActionClass*> actionsWithRateData_;     // borrowed: those whose rate data this model allocated

@@ -409,22 +409,6 @@ void PerformanceVariableNode::EndAccumulate(double finish_time, double last_even
   UpdateAccumulate(finish_time + 1.0);
 }
 
-/// There is at least one worker.
-void PerformanceVariableNode::takeRateRewards(double next_time, double last_event_time) {
-  PerformanceVariableWorker* const first = WorkerList[0];
-  first->Accumulate(next_time, last_event_time);
-  double TReward = 0.0 + first->Reward;
-  for (int worker = 1; worker < NumberOfWorkers; ++worker) {
-    WorkerList[worker]->Accumulate(next_time, last_event_time);
-    TReward += WorkerList[worker]->Reward;
-  }
-  if (PVRewardType != INSTANT_OF_TIME) {
-    const double fraction = WorkerList[0]->RewardFraction;
-    TotalReward += fraction * TReward;
-    TotalRewardSqr += TReward * TReward * fraction;
-  }
-}
-
 void PerformanceVariableNode::takeImpulseRewards(double next_time, double last_event_time,
                                                  BaseActionClass* LastAction) {
   if (!ImpulseAffectedBy(LastAction)) {

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "BaseClasses/BaseActionClass.h"
+#include "Performance_Variables/PerformanceVariableWorker.h"
 #include "Performance_Variables/RewardTypes.h"
 
 class ActionModelPairClass;
@@ -127,6 +128,23 @@ class PerformanceVariableNode {
     CommonAccumulate(new_time, last_event_time, LastAction);
     UpdateAccumulate(new_time);
   }
+  /// The rate rewards of one step, for who knows that the node stands in its window and does not leave it in this step.
+  /// Requires: at least one worker.
+  void takeRateRewards(double next_time, double last_event_time) {
+    PerformanceVariableWorker* const* const workers = WorkerList;
+    PerformanceVariableWorker& first = *workers[0];
+    first.Accumulate(next_time, last_event_time);
+    double TReward = 0.0 + first.Reward;
+    for (int worker = 1; worker < NumberOfWorkers; ++worker) {
+      workers[worker]->Accumulate(next_time, last_event_time);
+      TReward += workers[worker]->Reward;
+    }
+    if (PVRewardType != INSTANT_OF_TIME) {
+      const double fraction = first.RewardFraction;
+      TotalReward += fraction * TReward;
+      TotalRewardSqr += TReward * TReward * fraction;
+    }
+  }
   /// The last step of a batch, whatever the node's Start; closes the node when finish_time + 1.0 exceeds Stop.
   void EndAccumulate(double finish_time, double last_event_time, BaseActionClass* LastAction);
   /// Closes the window, with its totals, when new_time has passed Stop; otherwise the node is inside its window.
@@ -208,7 +226,6 @@ class PerformanceVariableNode {
       takeImpulseRewards(next_time, last_event_time, LastAction);
     }
   }
-  void takeRateRewards(double next_time, double last_event_time);
   void takeImpulseRewards(double next_time, double last_event_time, BaseActionClass* LastAction);
   void fillImpulseModelGroups(int impulse);
   template <typename Visitor>
