@@ -164,16 +164,17 @@ class BaseActionClass {
   /// Writes name, variables and settings to standard output.
   void PrintInfo();
 
-  std::int32_t GroupID = 0;  // index of the top-level group in the top model's group list
-  ExecutionPolicyType ExecutionPolicy = RaceEnabled;
-  bool Disabled = true;                     // written by the group's choice: not selectable
+  // What an event step reads comes first, so that it lies in one cache line with the pointer to the virtual table.
+  ActionAffectsElement* Affects = nullptr;  // borrowed from the connectivity list's builder, which frees it
+  void* EventPointer = nullptr;             // borrowed from the event list: its PAddress for this action
   bool Reactivation = false;                // run-time flag: stands on the engine's reactivation list
   bool EarnsNoImpulse = false;              // set by the reward model once no impulse reward can come of a firing
-  char* ActionName = nullptr;               // owned
-  ActionAffectsElement* Affects = nullptr;  // borrowed from the connectivity list's builder, which frees it
+  bool Disabled = true;                     // written by the group's choice: not selectable
   bool Fired = false;
+  std::int32_t GroupID = 0;  // index of the top-level group in the top model's group list
+  ExecutionPolicyType ExecutionPolicy = RaceEnabled;
   Distribution DistributionType = Exponential;
-  void* EventPointer = nullptr;  // borrowed from the event list: its PAddress for this action
+  char* ActionName = nullptr;  // owned
   double FractionComplete = 0.0;
   void* TheModel = nullptr;                   // borrowed: the BaseModelClass that holds the action
   FastSet AffectedNodesByImpulseReward;       // performance variables with an impulse on this action

@@ -13,20 +13,10 @@ namespace {
 /// What IsValid adds to the index of a slot whose group does not point back to it.
 constexpr int kWrongBackPointer = 100000;
 
-constexpr double kNoTime = std::numeric_limits<double>::quiet_NaN();
 /// Children that the root of a heap of one event would have.
 constexpr std::size_t kMissingChildren = 2;
 
 constexpr std::size_t kCacheLine = 64;
-
-template <typename Index>
-constexpr Index leftChildOf(Index i) {
-  return 2 * i + 1;
-}
-/// `i` is not the root.
-constexpr std::size_t parentOf(std::size_t i) {
-  return (i - 1) / 2;
-}
 
 /// The entry of `storage` from which on the root's grandchildren fill one cache line, and with them the four
 /// grandchildren of any other; so the two children of any are never in two lines.
@@ -59,43 +49,15 @@ EventList::EventList(int capacityWanted)
   for (Event& record : records_) {
     FreeList.push_back(&record);
   }
+  free_ = FreeList.data() + FreeList.size();
 }
 
 EventList::~EventList() {
   ClearEventList();
 }
 
-void EventList::Insert(Event* e) {
-  Event* const record = FreeList[freeRecords() - 1];
-  const double time = e->exec_time;
-  record->exec_time = time;
-  record->start_time = e->start_time;
-  record->action_ptr = e->action_ptr;
-  const std::size_t last = end();
-  ++size;
-  BubbleUp(last, record, time, &addressOf(record));
-}
-
-void EventList::Remove(Event** slot) {
-  const std::size_t i = indexOf(slot);
-  nodes_[i].address->event = nullptr;
-  FreeList[freeRecords()] = *slot;
-  --size;
-  const std::size_t last = end();
-  Event* const event = A[last];
-  const double time = nodes_[last].time;
-  PAddress* const address = nodes_[last].address;
-  A[last] = nullptr;
-  nodes_[last].time = kNoTime;
-  if (i == 0 && last != 0) {
-    BubbleDown(i, event, time, address);
-  } else if (i != last) {
-    restoreOrder(i, event, time, address);
-  }
-}
-
-void EventList::Remove(void* address) {
-  Remove(static_cast<PAddress*>(address)->event);
+void EventList::removeInside(Event** slot) {
+  removeAt(indexOf(slot));
 }
 
 void EventList::ModifyKey(Event** slot) {
@@ -132,9 +94,8 @@ Event** EventList::chooseAmongTies() {
 }
 
 void EventList::ClearEventList() {
-  const std::size_t alreadyFree = freeRecords();
   for (int i = 0; i < size; ++i) {
-    FreeList[alreadyFree + static_cast<std::size_t>(i)] = A[i];
+    *free_++ = A[i];
     A[i] = nullptr;
     nodes_[i].address->clear();
     nodes_[i].time = kNoTime;
@@ -171,8 +132,7 @@ int EventList::IsValid() {
     }
   }
   for (int i = 0; i < size; ++i) {
-    const auto freeEnd = FreeList.begin() + static_cast<std::ptrdiff_t>(freeRecords());
-    if (std::find(FreeList.begin(), freeEnd, A[i]) != freeEnd) {
+    if (std::find(FreeList.data(), free_, A[i]) != free_) {
       return -i;
     }
   }
@@ -194,61 +154,6 @@ void EventList::FindEquals(int i) {
   if (nodes_[left + 1].time == time && EvEqual(event, A[left + 1])) {
     FindEquals(left + 1);
   }
-}
-
-// The walks keep the arrays in local pointers: what they store might otherwise be one of this object's own pointers, as
-// far as the compiler can tell, and each would be loaded anew for each slot. That no tie is settled in the first two
-// leaves them without a call, and so all they use in registers. A node is copied half by half: read as a whole soon
-// after its halves were written, it would have to wait for both to reach the cache.
-
-std::size_t EventList::BubbleDown(std::size_t i, Event* event, double time, PAddress* address) {
-  Event** const slots = A;
-  Node* const nodes = nodes_;
-  const std::size_t last = end();
-  for (std::size_t child = leftChildOf(i); child < last; child = leftChildOf(i)) {
-    const double left = nodes[child].time;
-    const double right = nodes[child + 1].time;
-    if (left == right) [[unlikely]] {
-      return bubbleDownAskingRanks(i, event, time, address);
-    }
-    child += static_cast<std::size_t>(right < left);
-    const double childTime = nodes[child].time;
-    if (!(childTime < time)) {
-      if (childTime == time) [[unlikely]] {
-        return bubbleDownAskingRanks(i, event, time, address);
-      }
-      break;
-    }
-    slots[i] = slots[child];
-    nodes[i].time = childTime;
-    nodes[i].address = nodes[child].address;
-    nodes[i].address->event = &slots[i];
-    i = child;
-  }
-  fill(i, event, time, address);
-  return i;
-}
-
-std::size_t EventList::BubbleUp(std::size_t i, Event* event, double time, PAddress* address) {
-  Event** const slots = A;
-  Node* const nodes = nodes_;
-  while (i > 0) {
-    const std::size_t parent = parentOf(i);
-    const double parentTime = nodes[parent].time;
-    if (!(time < parentTime)) {
-      if (parentTime == time) [[unlikely]] {
-        return bubbleUpAskingRanks(i, event, time, address);
-      }
-      break;
-    }
-    slots[i] = slots[parent];
-    nodes[i].time = parentTime;
-    nodes[i].address = nodes[parent].address;
-    nodes[i].address->event = &slots[i];
-    i = parent;
-  }
-  fill(i, event, time, address);
-  return i;
 }
 
 std::size_t EventList::bubbleDownAskingRanks(std::size_t i, Event* event, double time, PAddress* address) {
@@ -284,11 +189,4 @@ std::size_t EventList::bubbleUpAskingRanks(std::size_t i, Event* event, double t
   if (BubbleUp(i, event, time, address) == i) {
     BubbleDown(i, event, time, address);
   }
-}
-
-void EventList::fill(std::size_t i, Event* event, double time, PAddress* address) {
-  A[i] = event;
-  nodes_[i].time = time;
-  nodes_[i].address = address;
-  address->event = &A[i];
 }

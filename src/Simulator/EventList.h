@@ -3,13 +3,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
+#include <limits>
 #include <vector>
 
+#include "BaseClasses/BaseActionClass.h"
 #include "Simulator/Event.h"
 #include "Simulator/EventEarlier.h"
 #include "Simulator/EventEqual.h"
-
-class PAddress;
+#include "Simulator/PAddress.h"
 
 /// Pending firings of one run, at most one for each group.
 /// Order    time, then higher rank; among events that tie on both, a draw from TheDistribution weighted by Weight.
@@ -40,7 +41,7 @@ class EventList {
   void Remove(Event** slot);
 
   /// The same for the event of a group, by the group's PAddress.
-  void Remove(void* address);
+  void Remove(void* address) { Remove(static_cast<PAddress*>(address)->event); }
 
   /// Restores the order after the caller has changed the exec_time of the event in `slot`.
   void ModifyKey(Event** slot);
@@ -51,6 +52,13 @@ class EventList {
   /// choice falls, on purpose, on whatever slot an earlier tie left behind in the work array, even an empty one: tied
   /// activities must have a positive weight.
   [[nodiscard]] Event** Earliest();
+
+  /// Whether the event at the root ties with no other, so that Earliest gives its slot. Requires an event.
+  [[nodiscard]] bool rootIsAlone() const;
+
+  /// The group at the root, the next to fire unless an earlier event comes: of a list so long that the group may lie in
+  /// no near cache, otherwise null.
+  [[nodiscard]] BaseActionClass* groupLikelyNext() const { return isLong() ? A[0]->action_ptr : nullptr; }
 
   /// Unschedules every event and clears the whole PAddress of its group.
   void ClearEventList();
@@ -79,6 +87,13 @@ class EventList {
   /// Of the events tied with the root, which FindEquals has listed, the slot of the one drawn.
   [[nodiscard]] Event** chooseAmongTies();
 
+  template <typename Index>
+  static constexpr Index leftChildOf(Index i) {
+    return 2 * i + 1;
+  }
+  /// `i` is not the root.
+  static constexpr std::size_t parentOf(std::size_t i) { return (i - 1) / 2; }
+
   // These walk with an event that is in no slot from the free slot `i` to the place that the order gives it, fill that
   // place and give its index. What lies on the way moves one slot on. A walk compares times alone, and hands over to its
   // other form at the first two that are equal.
@@ -87,13 +102,24 @@ class EventList {
   std::size_t bubbleDownAskingRanks(std::size_t i, Event* event, double time, PAddress* address);
   std::size_t bubbleUpAskingRanks(std::size_t i, Event* event, double time, PAddress* address);
 
+  void removeAt(std::size_t i);
+  /// Remove of an event that is not at the root.
+  void removeInside(Event** slot);
   /// BubbleUp, and BubbleDown from a slot that it does not leave.
   void restoreOrder(std::size_t i, Event* event, double time, PAddress* address);
   void fill(std::size_t i, Event* event, double time, PAddress* address);
   [[nodiscard]] std::size_t indexOf(Event** slot) const { return static_cast<std::size_t>(slot - A); }
-  /// Entries of the stack in FreeList.
-  [[nodiscard]] std::size_t freeRecords() const { return FreeList.size() - end(); }
+  [[nodiscard]] bool isLong() const { return size > kLong; }
+  /// Asks the processor for what the next operations at the root will read: its group, and its children's records.
+  void lookAhead() const {
+    __builtin_prefetch(A[0]->action_ptr);
+    __builtin_prefetch(A[1]);
+    __builtin_prefetch(A[2]);
+  }
   [[nodiscard]] std::size_t end() const { return static_cast<std::size_t>(size); }
+
+  static constexpr std::int32_t kLong = 512;  // events above which a list is looked ahead in
+  static constexpr double kNoTime = std::numeric_limits<double>::quiet_NaN();
 
   // Storage, made once.
   std::vector<Event> records_;  // every record there is; A and FreeList point into it
@@ -106,8 +132,9 @@ class EventList {
 
   EventEarlier EvEarlier;
   EventEqual EvEqual;
-  std::vector<Event*> FreeList;  // `capacity` long; its first capacity - size entries: stack of the records not in the
-                                 // heap, whose front is the last of them
+  std::vector<Event*> FreeList;  // `capacity` long; its entries before free_: stack of the records not in the heap,
+                                 // whose front is the last of them
+  Event** free_;                 // behind the front of FreeList
   std::int32_t capacity;         // length of A
   Event** A;                     // slots_: the heap; children of i at 2i+1 and 2i+2; null at and beyond size
   std::int32_t size = 0;         // events in the heap
@@ -115,13 +142,120 @@ class EventList {
   std::int32_t EqSize = 0;       // entries of Equalities in use; 0 between calls
 };
 
+inline void EventList::Insert(Event* e) {
+  Event* const record = *--free_;
+  const double time = e->exec_time;
+  BaseActionClass* const group = e->action_ptr;
+  record->exec_time = time;
+  record->start_time = e->start_time;
+  record->action_ptr = group;
+  const std::size_t last = end();
+  ++size;
+  BubbleUp(last, record, time, static_cast<PAddress*>(group->EventPointer));
+}
+
+inline void EventList::Remove(Event** slot) {
+  if (slot == A) [[likely]] {
+    removeAt(0);
+  } else {
+    removeInside(slot);
+  }
+}
+
+inline void EventList::removeAt(std::size_t i) {
+  const std::size_t last = end() - 1;
+  size = static_cast<std::int32_t>(last);
+  nodes_[i].address->event = nullptr;
+  *free_++ = A[i];
+  Event* const event = A[last];
+  const double time = nodes_[last].time;
+  PAddress* const address = nodes_[last].address;
+  A[last] = nullptr;
+  nodes_[last].time = kNoTime;
+  if (i == 0 && last != 0) {
+    BubbleDown(0, event, time, address);
+    if (isLong()) {
+      lookAhead();
+    }
+  } else if (i != last) {
+    restoreOrder(i, event, time, address);
+  }
+}
+
+// The walks keep the arrays in local pointers: what they store might otherwise be one of this object's own pointers, as
+// far as the compiler can tell, and each would be loaded anew for each slot. That no tie is settled in the first two
+// leaves them without a call, and so all they use in registers. A node is copied half by half: read as a whole soon
+// after its halves were written, it would have to wait for both to reach the cache.
+
+inline std::size_t EventList::BubbleDown(std::size_t i, Event* event, double time, PAddress* address) {
+  Event** const slots = A;
+  Node* const nodes = nodes_;
+  const std::size_t last = end();
+  for (std::size_t child = leftChildOf(i); child < last; child = leftChildOf(i)) {
+    // What the next but one comparison looks at, and may move.
+    __builtin_prefetch(&nodes[leftChildOf(child)]);
+    __builtin_prefetch(&slots[leftChildOf(child)], 1);
+    const double left = nodes[child].time;
+    const double right = nodes[child + 1].time;
+    if (left == right) [[unlikely]] {
+      return bubbleDownAskingRanks(i, event, time, address);
+    }
+    child += static_cast<std::size_t>(right < left);
+    const double childTime = nodes[child].time;
+    if (!(childTime < time)) {
+      if (childTime == time) [[unlikely]] {
+        return bubbleDownAskingRanks(i, event, time, address);
+      }
+      break;
+    }
+    slots[i] = slots[child];
+    nodes[i].time = childTime;
+    nodes[i].address = nodes[child].address;
+    nodes[i].address->event = &slots[i];
+    i = child;
+  }
+  fill(i, event, time, address);
+  return i;
+}
+
+inline std::size_t EventList::BubbleUp(std::size_t i, Event* event, double time, PAddress* address) {
+  Event** const slots = A;
+  Node* const nodes = nodes_;
+  while (i > 0) {
+    const std::size_t parent = parentOf(i);
+    const double parentTime = nodes[parent].time;
+    if (!(time < parentTime)) {
+      if (parentTime == time) [[unlikely]] {
+        return bubbleUpAskingRanks(i, event, time, address);
+      }
+      break;
+    }
+    slots[i] = slots[parent];
+    nodes[i].time = parentTime;
+    nodes[i].address = nodes[parent].address;
+    nodes[i].address->event = &slots[i];
+    i = parent;
+  }
+  fill(i, event, time, address);
+  return i;
+}
+
+inline void EventList::fill(std::size_t i, Event* event, double time, PAddress* address) {
+  A[i] = event;
+  nodes_[i].time = time;
+  nodes_[i].address = address;
+  address->event = &A[i];
+}
+
 inline Event** EventList::Earliest() {
-  if (size == 0) {
+  if (size == 0) [[unlikely]] {
     return nullptr;
   }
-  // Without a tie between the root and a child there is none at all.
-  if (nodes_[0].time != nodes_[1].time && nodes_[0].time != nodes_[2].time) [[likely]] {
-    return &A[0];
-  }
-  return chooseAmongTies();
+  return rootIsAlone() ? A : chooseAmongTies();
+}
+
+inline bool EventList::rootIsAlone() const {
+  const Node* const nodes = nodes_;
+  const double time = nodes[0].time;
+  return time != nodes[1].time && time != nodes[2].time;
 }

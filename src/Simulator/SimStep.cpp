@@ -10,10 +10,7 @@ constexpr const char* kSourceName = "SimStep.cpp";
 }  // namespace
 
 bool SimulatorClass::SimStep() {
-  fireNextEvent();
-  AffectsAction = TempAction->Affects;
-  updateAffectedActions();
-  return chooseNextEvent();
+  return step(Cursor::SetFirst);
 }
 
 short SimulatorClass::GenerateCompleteEventList() {

@@ -16,16 +16,13 @@
 #include "Performance_Variables/PVModel.h"
 #include "Simulator/Event.h"
 #include "Simulator/EventList.h"
+#include "Simulator/EventStep.h"
 #include "Simulator/PAddress.h"
 #include "Simulator/SimulatorClass.h"
 
 namespace {
 
 constexpr std::string_view kInvalidParametersTag = "INVALID_DIST_PARAMS:";
-
-PAddress& addressOf(BaseActionClass* group) {
-  return *static_cast<PAddress*>(group->EventPointer);
-}
 
 }  // namespace
 
@@ -52,16 +49,6 @@ std::list<BaseActionClass*>::iterator SimulatorClass::dropFromReactivationList(
   const auto next = std::next(position);
   spareReactivationNodes_.splice(spareReactivationNodes_.begin(), TheReactivationList, position);
   return next;
-}
-
-void SimulatorClass::schedule(BaseActionClass* group) {
-  CurrEvent->exec_time = CurrentTime + sampleOrEnd(group);
-  CurrEvent->start_time = CurrentTime;
-  CurrEvent->action_ptr = group;
-  if (group->ReactivationPredicate()) {
-    watchForReactivation(group);
-  }
-  TheEventList->Insert(CurrEvent);
 }
 
 void SimulatorClass::CheckReactivationList() {
@@ -96,35 +83,32 @@ void SimulatorClass::CheckReactivationList() {
 }
 
 void SimulatorClass::RemoveAffectedActions() {
-  for (ActionAffectsElement* element = TempAction->Affects; element != nullptr; element = element->next) {
-    BaseActionClass* const group = element->Action;
-    PAddress& address = addressOf(group);
-    if (address.event == nullptr) {
-      continue;
-    }
-    const bool remove = group->EnablingChange() || (group->Reactivation && group->ReactivationFunction());
-    if (!remove) {
-      continue;
-    }
-    group->Reactivation = false;
-    TheEventList->Remove(address.event);
-    if (!address.isReactNull()) {
-      dropFromReactivationList(address.getReact());
-      address.setReactNull();
-    }
-  }
+  AffectsAction = TempAction->Affects;
+  removeAffected();
   AffectsAction = nullptr;
 }
 
 void SimulatorClass::InsertAffectedActions() {
-  for (ActionAffectsElement* element = TempAction->Affects; element != nullptr; element = element->next) {
-    BaseActionClass* const group = element->Action;
-    // On purpose in this order: the asking moves the group's enabling pair on, whether or not it is scheduled.
-    if (group->Enabled() && addressOf(group).event == nullptr) {
-      schedule(group);
+  AffectsAction = TempAction->Affects;
+  insertAffected();
+  AffectsAction = nullptr;
+}
+
+BaseActionClass* SimulatorClass::fireAndShow() {
+  TheModel->Accumulate(CurrentTime);
+  trace->printPreFireAction(CurrAction);
+  trace->printFireAction(CurrAction, CurrentTime);
+  if constexpr (support::kArcsAreChecked) {
+    if (arcCheck_ != nullptr) {
+      return arcCheck_->watchFiring([this] { return TheModel->FireAction(CurrAction, CurrentTime); });
     }
   }
-  AffectsAction = nullptr;
+  return TheModel->FireAction(CurrAction, CurrentTime);
+}
+
+// Not taken in by a run, which seldom has anything that watches.
+[[gnu::noinline]] bool SimulatorClass::watchedStep(Cursor cursor) {
+  return stepInForm<true>(cursor);
 }
 
 void SimulatorClass::endForNoAction() {
@@ -141,14 +125,6 @@ void SimulatorClass::endForNoChoice() {
 
 void SimulatorClass::debugAffectedActions() {
   support::debugLine(GlobalDebugLevel - 1, "Starting to look at the other actions that are affected by the firing");
-}
-
-void SimulatorClass::updateAffectedActions() {
-  if (!TheReactivationList.empty()) {
-    CheckReactivationList();
-  }
-  RemoveAffectedActions();
-  InsertAffectedActions();
 }
 
 short SimulatorClass::GenerateInitialEnabledList() {

@@ -6,9 +6,7 @@
 #include "Simulator/SimulatorClass.h"
 
 bool SimulatorClass::SimStepSS() {
-  fireNextEvent();
-  updateAffectedActions();
-  return chooseNextEvent();
+  return step(Cursor::SetAfterwards);
 }
 
 short SimulatorClass::GenerateCompleteEventListSS() {

@@ -99,6 +99,16 @@ class SimulatorClass {
   /// CurrentTime and CurrAction set for the next firing; false, with CurrentTime and CurrAction those of this firing,
   /// when nothing is pending any more.
   bool SimStep();
+  /// Whether AffectsAction is set before or after the watched groups are looked at: all that SimStep and SimStepSS
+  /// differ in.
+  enum class Cursor { SetFirst, SetAfterwards };
+  /// What the two do.
+  bool step(Cursor cursor);
+  template <bool kWatched>
+  bool stepInForm(Cursor cursor);
+  bool watchedStep(Cursor cursor);
+  /// A step of a run without a trace.
+  bool untracedStep(Cursor cursor);
   /// Builds InitiallyEnabled on the present marking. Gives 0.
   short GenerateInitialEnabledList();
   /// Schedules every group of InitiallyEnabled, all of which must be enabled. Gives 0.
@@ -131,12 +141,25 @@ class SimulatorClass {
   [[noreturn]] void endForNoAction();
   /// Ends the process for a tie in which no group has a positive weight.
   [[noreturn]] void endForNoChoice();
-  /// Takes the event in NextEvent off the list, accumulates the rewards up to CurrentTime and fires CurrAction, with
-  /// the traces of all that. TempAction becomes the member that fired.
+  /// Takes the event in NextEvent off the list, accumulates the rewards up to CurrentTime and fires CurrAction; a
+  /// watched step shows all that. TempAction becomes the member that fired.
+  template <bool kWatched>
   void fireNextEvent();
+  /// Accumulates the rewards and fires CurrAction before whatever watches. Gives the member that fired, or null.
+  BaseActionClass* fireAndShow();
   static void debugAffectedActions();
   /// The three passes over the groups that the firing of TempAction affects, in their order.
-  void updateAffectedActions();
+  void updateAffectedActions(Cursor cursor);
+  // Ask the processor for what the next firing will read.
+  void fetchAhead() const;
+  static void fetchGroup(const BaseActionClass* group);
+  static void fetchAheadOf(const BaseActionClass* group);
+  // What RemoveAffectedActions and InsertAffectedActions do.
+  void removeAffected();
+  void insertAffected();
+  /// Drops the event of `group`, and the group from TheReactivationList.
+  void unschedule(BaseActionClass* group, PAddress& address);
+  static PAddress& addressOf(const BaseActionClass* group);
   /// Chooses the next event into NextEvent, and its time and group into CurrentTime and CurrAction. False, with these
   /// two untouched, when nothing is pending.
   bool chooseNextEvent();
@@ -366,9 +389,6 @@ class SimulatorClass {
 
   /// The group that stands for `action` in the event list. A number that no group has ends the process.
   BaseGroupClass* groupOf(BaseActionClass* action);
-
-  /// Fires CurrAction and gives the member that fired, or null; under the eyes of the check of arcs, if there is one.
-  BaseActionClass* fireCurrentAction();
 
   std::unique_ptr<support::ArcCheck> arcCheck_;  // none but during a run of a build that checks arcs
 

@@ -80,7 +80,7 @@ void SimulatorClass::SteadyStateSimulation() {
       raiseTo(STOPSOFT, SimControl);
     }
     // On purpose in every case: one more firing follows a stop.
-    if (!SimStepSS() || isNever(CurrentTime)) {
+    if (!step(Cursor::SetAfterwards) || isNever(CurrentTime)) {
       raiseTo(STOPSOFT, SimControl);
       std::cout << kAbsorbingState << std::endl;
       Traceprintf(0, "%s\n", kAbsorbingState);

@@ -86,7 +86,12 @@ void SimulatorClass::fireUpTo(double StopTime) {
     return;
   }
   // An event due exactly at StopTime still fires.
-  while (!(StopTime < CurrentTime) && SimStep()) {
+  if (!trace->hasSinks()) {
+    while (!(StopTime < CurrentTime) && untracedStep(Cursor::SetFirst)) {
+    }
+    return;
+  }
+  while (!(StopTime < CurrentTime) && watchedStep(Cursor::SetFirst)) {
     if (trace->getTraceLevel() > 2) {
       trace->printState();
     }

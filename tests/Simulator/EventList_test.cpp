@@ -29,7 +29,9 @@ class EventListProbe {
   static int sizeOf(const EventList& list) { return list.size; }
   static Event** slot(EventList& list, int i) { return &list.A[i]; }
   static void freeTwice(EventList& list, Event* record) { list.FreeList.front() = record; }
-  static std::size_t freeRecords(const EventList& list) { return list.freeRecords(); }
+  static std::size_t freeRecords(const EventList& list) {
+    return static_cast<std::size_t>(list.free_ - list.FreeList.data());
+  }
 };
 
 namespace {
