@@ -126,6 +126,34 @@ TEST_F(PVModelRunTest, AWindowBeginsAndEndsAtItsTimesThoughNoActionEarnsAnImpuls
   EXPECT_THAT(statesAt(1.5), ElementsAre(acc_now, acc_later));
 }
 
+TEST_F(PVModelRunTest, ARateRewardIsTakenInItsWindowAloneWhateverTheOtherWindowsAre) {
+  TestRewardModel windows(replicated("queue", 1, "serve"),
+                          {markVariable<IntervalOfTimeWorker>("early", INTERVAL_OF_TIME, {0.0, 2.0}, "queue"),
+                           markVariable<IntervalOfTimeWorker>("late", INTERVAL_OF_TIME, {3.0, 8.0}, "queue")});
+  windows.ConsiderOnly(nullptr, 0);
+  for (const double time : {1.0, 1.5, 2.5, 2.75, 4.0, 5.0, 7.0}) {
+    windows.step(windows.actionOf(0), time);  // each firing adds one to the mark
+  }
+  // Marks 1 from 1 to 1.5 and 2 from then on; 4 from 3 to 4, as it was since 2.75, 5 to 5, 6 to 7 and 7 to 8.
+  EXPECT_EQ(windows.node(0).TotalReward, 0.5 * 1.0 + 0.5 * 2.0);
+  windows.EndAccumulate(8.0);
+  EXPECT_EQ(windows.node(1).TotalReward, 4.0 + 5.0 + 2.0 * 6.0 + 7.0);
+}
+
+TEST_F(PVModelRunTest, AStepBackToBeforeAWindowIsNoPartOfIt) {
+  TestRewardModel windows(replicated("queue", 1, "serve"),
+                          {markVariable<IntervalOfTimeWorker>("late", INTERVAL_OF_TIME, {3.0, 8.0}, "queue")});
+  windows.ConsiderOnly(nullptr, 0);
+  windows.step(windows.actionOf(0), 1.0);
+  windows.step(windows.actionOf(0), 4.0);
+  const double before = windows.node(0).WorkerList[0]->Reward;
+  EXPECT_EQ(before, 1.0);   // mark 1 from 3 to 4
+  windows.Accumulate(2.0);  // an activity with a negative delay takes the time back
+  EXPECT_EQ(windows.node(0).WorkerList[0]->Reward, before);
+  windows.Accumulate(5.0);
+  EXPECT_EQ(windows.node(0).WorkerList[0]->Reward, 2.0);  // mark 2 from 4 to 5
+}
+
 TEST_F(PVModelRunTest, ANodeThatWasResetAloneIsLookedAtAgain) {
   model.ConsiderOnly(nullptr, 0);
   model.Accumulate(4.0);
