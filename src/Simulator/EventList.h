@@ -118,7 +118,9 @@ class EventList {
   }
   [[nodiscard]] std::size_t end() const { return static_cast<std::size_t>(size); }
 
-  static constexpr std::int32_t kLong = 512;  // events above which a list is looked ahead in
+  static constexpr std::int32_t kLong = 512;       // events above which a list is looked ahead in
+  static constexpr std::size_t kFar = 16384;       // events above which a list lies in far caches
+  static constexpr std::size_t kNodesOfALine = 4;  // of a cache line
   static constexpr double kNoTime = std::numeric_limits<double>::quiet_NaN();
 
   // Storage, made once.
@@ -191,10 +193,13 @@ inline std::size_t EventList::BubbleDown(std::size_t i, Event* event, double tim
   Event** const slots = A;
   Node* const nodes = nodes_;
   const std::size_t last = end();
+  const int generations = last > kFar ? 2 : 1;
   for (std::size_t child = leftChildOf(i); child < last; child = leftChildOf(i)) {
-    // What the next but one comparison looks at, and may move.
-    __builtin_prefetch(&nodes[leftChildOf(child)]);
-    __builtin_prefetch(&slots[leftChildOf(child)], 1);
+    // What a coming comparison looks at, and may move: the first descendants of that generation and of its other half.
+    const std::size_t ahead = ((child + 1) << generations) - 1;
+    __builtin_prefetch(&nodes[ahead]);
+    __builtin_prefetch(&nodes[ahead + kNodesOfALine]);
+    __builtin_prefetch(&slots[ahead], 1);
     const double left = nodes[child].time;
     const double right = nodes[child + 1].time;
     if (left == right) [[unlikely]] {
