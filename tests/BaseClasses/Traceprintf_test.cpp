@@ -60,6 +60,34 @@ TEST_F(TraceprintfTest, OnStandardOutputATextOfLevelZeroComesOnce) {
   EXPECT_EQ(out, "once");
 }
 
+/// Counts how often it is flushed.
+class FlushCounter : public std::stringbuf {
+ public:
+  int flushes = 0;
+
+ protected:
+  int sync() override {
+    ++flushes;
+    return std::stringbuf::sync();
+  }
+};
+
+TEST_F(TraceprintfTest, EachTextIsFlushed) {
+  FlushCounter own;
+  FlushCounter standard;
+  std::ostream target(&own);
+  trout = &target;
+  std::streambuf* const console = std::cout.rdbuf(&standard);
+  Traceprintf(0, "one");
+  EXPECT_EQ(own.flushes, 1);
+  EXPECT_EQ(standard.flushes, 1);
+  TraceLevel = 1;
+  Traceprintf(1, "two");
+  std::cout.rdbuf(console);
+  EXPECT_EQ(own.flushes, 2);
+  EXPECT_EQ(standard.flushes, 1);
+}
+
 TEST_F(TraceprintfTest, ALongIntegerPrintsAsItsDigits) {
   trout = &stream;
   TraceLevel = 1;

@@ -163,6 +163,36 @@ TEST_F(CollectionTest, TheGroupNumberOfAnActivityIsItsIndexInTheOutermostCompose
   EXPECT_EQ(group_->getMember(1)->getGroupId(), 3);
 }
 
+/// Notes the numbers that it is given.
+class NumberedGroup : public PostselectGroup {
+ public:
+  void setGroupId(int number) override {
+    numbers.push_back(number);
+    PostselectGroup::setGroupId(number);
+  }
+
+  std::vector<int> numbers;
+};
+
+TEST(BaseComposerClassTest, AGroupOfSeveralMembersIsGivenItsNumberTwice) {
+  AddOneActivity a("a", nullptr);
+  AddOneActivity b("b", nullptr);
+  AddOneActivity c("c", nullptr);
+  NumberedGroup single;
+  NumberedGroup pair;
+  single.appendGroup(&a);
+  pair.appendGroup(&b);
+  pair.appendGroup(&c);
+  Activity* activities[] = {&a, &b, &c};
+  BaseGroupClass* groups[] = {&single, &pair};
+  SANModel model("model", 0, nullptr, 0, nullptr, 3, activities, 2, groups);
+  Join join("join", 1, 0, nullptr);
+  join.ModelArray[0] = &model;
+  join.SetupActions();
+  EXPECT_THAT(single.numbers, ElementsAre(0));
+  EXPECT_THAT(pair.numbers, ElementsAre(1, 1));
+}
+
 TEST_F(CollectionTest, ActionsOfANameAreListedFromEveryChild) {
   List<BaseActionClass> actions;
   outer_->listActions("a", &actions);

@@ -138,6 +138,12 @@ TEST_F(JoinImageTest, TheWalksStepByTheSizesNotedAtSetup) {
   std::vector<unsigned char> image(14, 0xEE);
   join_->CurrentState(image.data());
   EXPECT_THAT(image, ElementsAre(1, 0, 2, 0, 3, 0, 0xEE, 0xEE, 4, 0, 5, 0, 91, 0));
+  image = {11, 0, 12, 0, 13, 0, 0xEE, 0xEE, 14, 0, 15, 0, 16, 0};
+  join_->SetState(image.data());
+  EXPECT_EQ(placeOf(*a_, 2)->getMark(), 13);
+  EXPECT_EQ(placeOf(*b_, 1)->getMark(), 14);
+  EXPECT_EQ(placeOf(*b_, 2)->getMark(), 15);
+  EXPECT_EQ(x_->getMark(), 16);
 }
 
 TEST_F(JoinImageTest, TheTreeIsAnsweredChildByChild) {

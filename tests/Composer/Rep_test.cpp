@@ -209,6 +209,13 @@ TEST_F(SharedRepTest, TheSortedReplicasComeFirstAndTheSharedVariablesBehindThem)
   EXPECT_THAT(imageOf(*rep_), ElementsAre(10, 0, 20, 0, 30, 0, 5, 0));
 }
 
+TEST_F(SharedRepTest, TheWorkingBufferIsClearedBehindTheImages) {
+  (void)imageOf(*rep_);
+  EXPECT_EQ(rep_->UnlumpedThisTime[4], 20);
+  EXPECT_EQ(rep_->UnlumpedThisTime[6], 0);
+  EXPECT_EQ(rep_->UnlumpedThisTime[7], 0);
+}
+
 TEST_F(SharedRepTest, AnImageBringsTheSharedMarkBack) {
   auto image = imageOf(*rep_);
   x_->setMark(1);

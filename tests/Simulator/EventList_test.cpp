@@ -153,6 +153,29 @@ TEST(EventOrderTest, ATimeThatIsNoNumberComparesFalseOnEveryTest) {
   }
 }
 
+TEST(EventListTest, ATimeThatIsNoNumberIsPassedByNoEventAndPassesNone) {
+  const ScriptedGenerator generator({});
+  constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+  Group none("none", 7);
+  Group half("half");
+  Group one("one");
+  EventList list(4);
+  insert(list, kNone, none);
+  insert(list, 0.5, half);
+  EXPECT_EQ(nameOfEarliest(list), "none") << "the half does not pass it";
+  list.ClearEventList();
+
+  insert(list, 1.0, one);
+  insert(list, kNone, none);
+  insert(list, 0.5, half);
+  EXPECT_THAT(layoutOf(list), ElementsAre("half", "none", "one"));
+  list.Remove(half.address.event);
+  EXPECT_THAT(layoutOf(list), ElementsAre("one", "none")) << "it does not rise past the one";
+  list.Remove(one.address.event);
+  EXPECT_EQ(nameOfEarliest(list), "none");
+  EXPECT_EQ(generator.drawn(), 0U);
+}
+
 TEST(EventListTest, EarliestOfAnEmptyListIsNullAndDrawsNothing) {
   const ScriptedGenerator generator({});
   EventList list(3);

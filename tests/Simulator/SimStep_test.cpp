@@ -115,6 +115,19 @@ TEST_F(SimStepTest, TheFirstSchedulingWatchesTheGroupsThatAskForItLatestFirst) {
   EXPECT_EQ(*addressOf(*third).getReact(), third);
 }
 
+TEST_F(SimStepTest, ThePredicateIsAskedBeforeTheEventEntersTheList) {
+  std::vector<bool> scheduled;
+  change = [&] {
+    first->watched = [&] {
+      scheduled.push_back(isScheduled(*first));
+      return false;
+    };
+  };
+  startBatch();
+  simulator->SimStep();
+  EXPECT_THAT(scheduled, ElementsAre(false, false)) << "at the first scheduling and after the firing";
+}
+
 TEST_F(SimStepTest, TheFirstSchedulingOfADisabledGroupAborts) {
   start();
   simulator->makeLoopObjects();
@@ -245,7 +258,8 @@ TEST_F(SimStepTest, AWatchedGroupThatHasFiredLeavesTheList) {
   EXPECT_THAT(watchedGroups(), IsEmpty());
   EXPECT_FALSE(first->Reactivation);
   EXPECT_TRUE(addressOf(*first).isReactNull());
-  EXPECT_THAT(log, Not(Contains("first.Function")));
+  EXPECT_THAT(log, ElementsAre("first.Fire", "second.Enabled", "second.Enabled",  //
+                               "first.Enabled", "first.Sample", "first.Predicate"));
 }
 
 TEST_F(SimStepTest, AWatchedGroupIsSampledAnewWhenItsFunctionAsksForIt) {
@@ -261,6 +275,21 @@ TEST_F(SimStepTest, AWatchedGroupIsSampledAnewWhenItsFunctionAsksForIt) {
   EXPECT_THAT(watchedGroups(), IsEmpty());
   EXPECT_FALSE(third->Reactivation);
   EXPECT_TRUE(addressOf(*third).isReactNull());
+}
+
+TEST_F(SimStepTest, AGroupSampledAnewHasItsNewTimeWhenThePredicateIsAsked) {
+  change = [this] { third->watched = [] { return true; }; };
+  startBatch();
+  third->resampled = [] { return true; };
+  third->delay = [] { return 0.5; };
+  std::vector<BaseActionClass*> next;
+  third->watched = [&] {
+    EXPECT_EQ(eventOf(*third).exec_time, 1.5);
+    next.push_back((*simulator->TheEventList->Earliest())->action_ptr);
+    return false;
+  };
+  simulator->SimStep();
+  EXPECT_THAT(next, ElementsAre(third)) << "the list is in order already";
 }
 
 TEST_F(SimStepTest, AGroupWatchedAgainGoesToTheFrontAndIsNotVisitedTwiceInAPass) {
@@ -485,6 +514,18 @@ TEST_F(SimStepTest, ATieWithoutWeightThatFindsNoEventEndsTheRun) {
   first->weight = 0.0;
   second->weight = 0.0;
   EXPECT_EXIT(simulator->SimStep(), ExitedWithCode(1), "^ERROR: no event can be chosen after t=1: ");
+}
+
+/// No earlier tie has left anything behind the three entries: what is read there is the first slot.
+TEST_F(SimStepTest, ATieOfAllGroupsWithoutWeightTakesTheRoot) {
+  change = [this] {
+    for (HandActivity* const activity : {first, second, third}) {
+      activity->delay = [] { return 1.0; };
+      activity->weight = 0.0;
+    }
+  };
+  startBatch();
+  EXPECT_EQ(simulator->CurrAction, first);
 }
 
 TEST_F(SimStepTest, WithoutConnectivityNoGroupIsScheduledAfterAFiring) {

@@ -284,6 +284,17 @@ TEST_F(VariableSelectionTest, WithoutAVariableOfTheRunsKindNoneTakesPart) {
   EXPECT_THAT(relevant(), IsEmpty());
 }
 
+/// Five firings up to the stop time of 5.
+TEST_F(VariableSelectionTest, AnySimulationTypeButZeroIsTerminating) {
+  for (const char* const option : {"-t5", "-t-1"}) {
+    outputOfStart({option, "-N1"});
+    EXPECT_THAT(relevant(), ElementsAre(0, 2)) << option;
+    outputOfRun();
+    EXPECT_EQ(simulator->BatchRuns, 1) << option;
+    EXPECT_EQ(simulator->_fireActionCount, 5) << option;
+  }
+}
+
 /// A study that notes the order in which it is asked.
 class NotingStudy : public support::TestStudy {
  public:
@@ -395,6 +406,25 @@ TEST_F(SimulatorClassTest, TheBinaryFileIsFinishedByRunAndTheAsciiFileByTheDestr
   EXPECT_THAT(contentOf(folder.at("obs.bin")), HasSubstr("BATCHES=5,"));
   simulator.reset();
   EXPECT_THAT(contentOf(folder.at("obs.csv")), testing::EndsWith("#META_DATA,BATCHES=5\n"));
+}
+
+TEST_F(SimulatorClassTest, TheBinaryFileIsFinishedAheadOfTheTracesFooter) {
+  class FooterSink : public TraceFile {
+   public:
+    explicit FooterSink(const SimulatorProbe& simulator) : simulator_(simulator) {}
+    void printFooter() override { finished.push_back(simulator_.FileBin == nullptr); }
+    std::vector<bool> finished;
+
+   private:
+    const SimulatorProbe& simulator_;
+  };
+  const ScratchFolder folder;
+  outputOfStart({"-N1", "-b", folder.at("obs.bin")});
+  FooterSink sink(*simulator);
+  simulator->trace->AddTraceFile(&sink);
+  simulator->trace->addPVModel(simulator->TheModel);
+  outputOfRun();
+  EXPECT_THAT(sink.finished, ElementsAre(true));
 }
 
 TEST_F(SimulatorClassTest, ASimulatorThatDoesNotRunFinishesBothFilesInItsDestructor) {

@@ -124,6 +124,13 @@ TEST_F(TerminatingSimulationTest, TheRandomStreamRunsOnFromBatchToBatch) {
   EXPECT_NE(samples[1], samples[2]);
 }
 
+/// The first firing moves the stop time from 2.5 to 4.5: that batch still has two firings, the second one four.
+TEST_F(TerminatingSimulationTest, TheStopTimeIsReadAtTheStartOfEachBatch) {
+  change = [this] { tick->effect = [this] { simulator->TheModel->Simulation_Stop_Time = 4.5; }; };
+  run({"-N2"});
+  EXPECT_EQ(simulator->_fireActionCount, 2 + 4);
+}
+
 TEST_F(TerminatingSimulationTest, AnEventAtTheStopTimeFiresAndTheNextDoesNot) {
   change = [this] { tick->delay = [] { return kStop; }; };
   run({"-N1"});
@@ -217,14 +224,14 @@ TEST_F(TerminatingSimulationTest, TheScratchObjectsAreGoneAfterTheLoop) {
 TEST_F(TerminatingSimulationTest, AtTheFirstSamplesOfABatchTheLastBatchsActionStandsForTheFired) {
   std::vector<BaseActionClass*> fired;
   change = [&] { tick->effect = [&] { fired.push_back(simulator->TempAction); }; };
-  start({"-N1"});
+  start({"-N2"});
   BaseActionClass* none = nullptr;
   tick->delay = [&] {
     none = simulator->NullAction;
     return 2.0;
   };
   support::standardOutputOf([this] { simulator->Run(); });
-  EXPECT_THAT(fired, ElementsAre(none)) << "no action has fired in the batch";
+  EXPECT_THAT(fired, ElementsAre(none, none)) << "no action has fired in the batch";
 }
 
 class BatchTraceTest : public TerminatingSimulationTest {
@@ -263,6 +270,16 @@ TEST_F(BatchTraceTest, TheStateIsNotShownAfterTheFiringThatLeavesNoEvent) {
   change = [this] { tick->predicate = [this] { return count->Mark() == 0; }; };
   EXPECT_THAT(traceAt(3),
               ElementsAre("new batch", "initial state", "new batch", "initial state", "new batch", "footer"));
+}
+
+TEST_F(BatchTraceTest, TheBatchLineStandsAheadOfTheClosingOfTheVariables) {
+  useModel([](HandModel& model) { model.addActivity("tick"); }, {{kStop, [this] {
+                                                                    trace.emplace_back("rate");
+                                                                    return 1.0;
+                                                                  }}});
+  const support::CallLog calls = traceAt(0);
+  ASSERT_GE(calls.size(), 3U);
+  EXPECT_THAT(std::vector<std::string>(calls.end() - 3, calls.end()), ElementsAre("new batch", "rate", "footer"));
 }
 
 TEST_F(TerminatingSimulationTest, DebugLinesTellSizeAndBytesOfTheOriginalState) {
