@@ -9,6 +9,7 @@
 #include "ArcCheck/ArcsAreChecked.h"
 #include "Composer/Join.h"
 #include "Modelling/Modelling.h"
+#include "support/TestVariable.h"
 
 // Here the activities hand their accesses to the log themselves, so that the check can be looked at in every build. What
 // it makes of whole models stands in Mistakes_test.cpp.
@@ -100,6 +101,39 @@ TEST(ArcCheckTest, AFiringOfNothingIsHandedOn) {
   ArcCheck check(valve, out);
   EXPECT_EQ(check.watchFiring([] { return static_cast<BaseActionClass*>(nullptr); }), nullptr);
   EXPECT_EQ(check.faults(), 0);
+}
+
+TEST(ArcCheckTest, AVariableOfAKindOfItsOwnIsToldAsNotWatched) {
+  support::TestVariable own("own");
+  Valve valve;
+  valve.addVariable(own);
+  std::ostringstream out;
+  const ArcCheck check(valve, out);
+  EXPECT_EQ(out.str(), "ARCS: not watched: \"own\" of model \"valve\", which is of a kind of its own\n");
+  EXPECT_EQ(check.faults(), 0);
+}
+
+/// Looks into a place that is none of its own.
+class Onlooker : public AtomicModel {
+ public:
+  Onlooker() : AtomicModel("onlooker") {
+    activity("look")
+        .enabledBy({seen}, [this] { return seenFrom != nullptr && reading(*seenFrom) > 0; })
+        .exponential(1.0)
+        .fires({}, [] {});
+  }
+  Variable<Place> seen{*this, "seen"};
+  Place* seenFrom = nullptr;
+};
+
+TEST(ArcCheckTest, AVariableOfAnotherModelIsToldWithItsOwner) {
+  JoinModel top("top", {child<Valve>("valve"), child<Onlooker>("onlooker")});
+  static_cast<Onlooker*>(top.GetChild(1))->seenFrom = &static_cast<Valve*>(top.GetChild(0))->in;
+  std::ostringstream out;
+  const ArcCheck check(top, out);
+  EXPECT_EQ(out.str(),
+            "ARCS: model \"top/onlooker\", activity \"look\": Enabled reads \"in\" of model \"top/valve\" without an "
+            "enabling arc; name it in enabledBy, or in a call of AddEnableArc\n");
 }
 
 class Silent : public AtomicModel {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Modelling/Modelling.h"
+#include "support/TestVariable.h"
 
 namespace {
 
@@ -194,6 +195,22 @@ TEST(CompositionDeathTest, APartThatDoesNotExistIsReported) {
               ExitedWithCode(1),
               "^ERROR: model \"both\" shares \"pool\" with the variable \"stok\" of its child \"taker\", which has no "
               "such variable\n$");
+}
+
+/// A model whose variable is of a class of its own.
+class OwnKind : public SANModel {
+ public:
+  OwnKind() {
+    BaseStateVariableClass* variables[] = {&level};
+    initializeSANModelNow("own", 1, variables, 0, nullptr, 0, nullptr, 0, nullptr);
+  }
+  support::TestVariable level{"level"};
+};
+
+TEST(CompositionDeathTest, AVariableOfAKindThatCannotBeSharedByNameIsReported) {
+  EXPECT_EXIT(JoinModel("both", {child<OwnKind>("first"), child<OwnKind>("second")}, {"level"}), ExitedWithCode(1),
+              "^ERROR: variable \"level\" is of a kind that cannot be shared by name: make it a Variable of this kit, "
+              "or share it by hand\n$");
 }
 
 TEST(CompositionDeathTest, ANegativeNumberOfCopiesIsReported) {

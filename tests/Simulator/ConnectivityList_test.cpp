@@ -212,14 +212,17 @@ TEST_F(ConnectivityListTest, TheEarlierAdditionPutsAGroupAtTheTailUnlessItIsTher
   EXPECT_THAT(chainOf(*b), ElementsAre("c", "d"));
 }
 
-TEST_F(ConnectivityListTest, BothAdditionsHaveADebugLine) {
+TEST_F(ConnectivityListTest, BothAdditionsHaveADebugLineAboveLevelThree) {
   start();
-  const support::DebugLevelGuard guard(4);
-  EXPECT_EQ(support::standardOutputOf([this] {
-              simulator->AddActionAffects(d, b);
-              simulator->AddActionAffectsOld(d, b);
-            }),
-            "** AddActionAffects on b\n** AddActionAffects on b\n");
+  const auto outputAtLevel = [this](int level) {
+    const support::DebugLevelGuard guard(level);
+    return support::standardOutputOf([this] {
+      simulator->AddActionAffects(d, b);
+      simulator->AddActionAffectsOld(d, b);
+    });
+  };
+  EXPECT_EQ(outputAtLevel(4), "** AddActionAffects on b\n** AddActionAffects on b\n");
+  EXPECT_EQ(outputAtLevel(3), "");
 }
 
 TEST_F(ConnectivityListTest, PrintingShowsEachActionAndWhatItAffects) {

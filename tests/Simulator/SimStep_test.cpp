@@ -548,12 +548,15 @@ TEST_F(SimStepTest, DebugLinesTellOfTheStepAtAnyLevelButZero) {
   EXPECT_EQ(support::standardOutputOf([this] { simulator->SimStep(); }), "");
 }
 
-TEST_F(SimStepTest, DebugLinesTellOfEachGroupThatIsEnabledAtFirst) {
+TEST_F(SimStepTest, DebugLinesTellOfEachGroupThatIsEnabledAtFirstAboveLevelThree) {
   change = [this] { second->predicate = [] { return false; }; };
   start();
-  const support::DebugLevelGuard guard(4);
-  EXPECT_EQ(support::standardOutputOf([this] { simulator->GenerateInitialEnabledList(); }),
-            "** Current Action Enabled\n** End if\n** Current Action Enabled\n** End if\n");
+  const auto outputAtLevel = [this](int level) {
+    const support::DebugLevelGuard guard(level);
+    return support::standardOutputOf([this] { simulator->GenerateInitialEnabledList(); });
+  };
+  EXPECT_EQ(outputAtLevel(4), "** Current Action Enabled\n** End if\n** Current Action Enabled\n** End if\n");
+  EXPECT_EQ(outputAtLevel(3), "");
 }
 
 }  // namespace

@@ -284,14 +284,10 @@ TEST_F(VariableSelectionTest, WithoutAVariableOfTheRunsKindNoneTakesPart) {
   EXPECT_THAT(relevant(), IsEmpty());
 }
 
-/// Five firings up to the stop time of 5.
-TEST_F(VariableSelectionTest, AnySimulationTypeButZeroIsTerminating) {
+TEST_F(VariableSelectionTest, AnySimulationTypeButZeroTakesTerminatingVariables) {
   for (const char* const option : {"-t5", "-t-1"}) {
-    outputOfStart({option, "-N1"});
+    outputOfStart({option});
     EXPECT_THAT(relevant(), ElementsAre(0, 2)) << option;
-    outputOfRun();
-    EXPECT_EQ(simulator->BatchRuns, 1) << option;
-    EXPECT_EQ(simulator->_fireActionCount, 5) << option;
   }
 }
 
@@ -386,6 +382,14 @@ TEST_F(SimulatorClassTest, RunEndsWithTheNumberOfFiringsAndTheProcessorTime) {
   outputOfStart({"-N3"});
   // Two activities fire at time 1, the stop time, in each of three batches.
   EXPECT_EQ(outputOfRun(), "Actions fired: 6\nCPU time (s): \n");
+}
+
+TEST_F(SimulatorClassTest, AnySimulationTypeButZeroRunsBatches) {
+  for (const char* const option : {"-t5", "-t-1"}) {
+    outputOfStart({option, "-N3"});
+    outputOfRun();
+    EXPECT_EQ(simulator->BatchRuns, 3) << option;
+  }
 }
 
 TEST_F(SimulatorClassTest, ARunWithoutFilesOrSocketReportsToNowhere) {
@@ -516,26 +520,40 @@ TEST_F(SimulatorClassTest, AnXmlTraceWithoutAFileGoesToStandardOutputWithoutSayi
   EXPECT_EQ(simulator->traceXML->getTraceLevel(), 1);
 }
 
-TEST_F(SimulatorClassTest, DebugLinesTellOfTheStepsOfSettingUp) {
-  const support::DebugLevelGuard guard(4);
-  std::istringstream output(support::standardOutputOf(
-      [this] { simulator = std::make_unique<SimulatorProbe>(std::vector<std::string>{"-r1"}); }));
-  const std::vector<std::string> expected{"** Starting SimulationClass",
-                                          "** Generating Study and getting pv model",
-                                          "** Getting groups",
-                                          "** End getting groups",
-                                          "** AddActionAffects on tick",
-                                          "** AddActionAffects on tock",
-                                          "** Using Tausworthe Random Number Generator",
-                                          "** Done creating random number generator",
-                                          "** About to start simulation"};
-  std::vector<std::string> seen;
-  for (std::string line; std::getline(output, line);) {
-    if (std::find(expected.begin(), expected.end(), line) != expected.end()) {
-      seen.push_back(line);
+/// The debug lines of setting up a simulator, without those of what it calls.
+class SetUpDebugTest : public SimulatorClassTest {
+ protected:
+  std::vector<std::string> linesAtLevel(int level, const char* option) {
+    simulator.reset();
+    const support::DebugLevelGuard guard(level);
+    std::istringstream output(support::standardOutputOf(
+        [&] { simulator = std::make_unique<SimulatorProbe>(std::vector<std::string>{option}); }));
+    const std::vector<std::string> others{"** BaseActionClassDestructor", "** Initial Marking"};
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(output, line);) {
+      const bool isOther =
+          std::ranges::any_of(others, [&line](const std::string& other) { return line.starts_with(other); });
+      if (line.starts_with("** ") && !isOther) {
+        lines.push_back(line);
+      }
     }
+    return lines;
   }
-  EXPECT_EQ(seen, expected);
+};
+
+TEST_F(SetUpDebugTest, LinesTellOfEachStepAndOfTheGenerator) {
+  for (const auto& [option, generator] : std::vector<std::pair<const char*, std::string>>{
+           {"-r0", "Lagged Fibonacci"}, {"-r1", "Tausworthe"}, {"-r2", "Mersenne Twister"}}) {
+    EXPECT_THAT(linesAtLevel(4, option),
+                ElementsAre("** Starting SimulationClass", "** Generating Study and getting pv model",
+                            "** Getting groups", "** End getting groups", "** AddActionAffects on tick",
+                            "** AddActionAffects on tock", "** Using " + generator + " Random Number Generator",
+                            "** Done creating random number generator", "** About to start simulation"));
+  }
+}
+
+TEST_F(SetUpDebugTest, AtLevelThreeTheyAreDormant) {
+  EXPECT_THAT(linesAtLevel(3, "-r1"), IsEmpty());
 }
 
 }  // namespace

@@ -284,13 +284,17 @@ TEST_F(BatchTraceTest, TheBatchLineStandsAheadOfTheClosingOfTheVariables) {
 
 TEST_F(TerminatingSimulationTest, DebugLinesTellSizeAndBytesOfTheOriginalState) {
   change = [this] { count->setMark(258); };
-  start({"-N1"});
-  simulator->SimControl = SimulatorClass::STOPHARD;
-  const support::DebugLevelGuard guard(4);
-  const std::string output = support::standardOutputOf([this] { simulator->TerminatingSimulation(); });
+  const auto outputAtLevel = [this](int level) {
+    start({"-N1"});
+    simulator->SimControl = SimulatorClass::STOPHARD;
+    const support::DebugLevelGuard guard(level);
+    return support::standardOutputOf([this] { simulator->TerminatingSimulation(); });
+  };
   // Two bytes of the place, and four of the last action's number, of which there is none.
-  EXPECT_THAT(output, testing::HasSubstr("** Size of original state = 6\n** OriginalState[0] = 2\n"
-                                         "** OriginalState[1] = 1\n** OriginalState[2] = 0\n"));
+  EXPECT_THAT(outputAtLevel(4), testing::HasSubstr("** Size of original state = 6\n** OriginalState[0] = 2\n"
+                                                   "** OriginalState[1] = 1\n** OriginalState[2] = 0\n"));
+  EXPECT_EQ(outputAtLevel(3), "** Size of original state = 6\n");
+  EXPECT_EQ(outputAtLevel(2), "");
 }
 
 }  // namespace

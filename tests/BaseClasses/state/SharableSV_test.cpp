@@ -470,6 +470,13 @@ TEST(SharableSVDebugTest, RegisterTellsTheChainAboveLevel3) {
     expected += address(static_cast<const void*>(pointer)) + "\n";
   }
   EXPECT_EQ(output, expected);
+
+  Variable c("c");
+  GlobalDebugLevel = 3;
+  testing::internal::CaptureStdout();
+  a.ShareWith(&c);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  GlobalDebugLevel = 0;
 }
 
 TEST(SharableSVDebugTest, AppendAffectingActionTellsEachVariableOfTheRingAboveLevel2) {
