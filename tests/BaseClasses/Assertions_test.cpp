@@ -1,10 +1,12 @@
 #include "BaseClasses/Assertions.h"
 
 #include <csignal>
+#include <fstream>
 #include <iostream>
 
 #include "gmock/gmock.h"
 #include "gtest/gtest.h"
+#include "support/TemporaryFile.h"
 
 namespace {
 
@@ -24,6 +26,21 @@ TEST(AssertionsTest, RequireRuntimeNamesExpressionFileWithoutFoldersAndLineAndAb
 TEST(AssertionsTest, TheCallersPlaceIsTheDefault) {
   EXPECT_EXIT(support::requireRuntime(false, "x"), KilledBySignal(SIGABRT),
               testing::MatchesRegex("Assertion failed: x, file Assertions_test\\.cpp, line [0-9]+\n"));
+}
+
+/// Progress that nobody has flushed is in the file of standard output all the same.
+TEST(AssertionsTest, WhatWasWrittenBeforeIsNotLost) {
+  const support::TemporaryFile output("assertions");
+  const auto writeAndFail = [&output](void (*fail)()) {
+    std::ofstream file(output.name());
+    std::cout.rdbuf(file.rdbuf());
+    std::cout << "progress\n";
+    fail();
+  };
+  EXPECT_EXIT(writeAndFail([] { support::require(false, "x"); }), KilledBySignal(SIGABRT), "");
+  EXPECT_EQ(output.bytes(), "progress\n");
+  EXPECT_EXIT(writeAndFail([] { support::requireRuntime(false, "x"); }), KilledBySignal(SIGABRT), "");
+  EXPECT_EQ(output.bytes(), "progress\n");
 }
 
 TEST(AssertionsTest, ATrueConditionGoesOnSilently) {

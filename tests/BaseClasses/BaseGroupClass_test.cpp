@@ -151,6 +151,17 @@ TEST_F(BaseGroupClassTest, AppendMembersKeepsACapacityThatIsEnough) {
   EXPECT_EQ(group.getNumMembers(), 2);
 }
 
+TEST_F(BaseGroupClassTest, MembersThatFitExactlyNeedNoGrowth) {
+  OpenGroup other;
+  addTo(other, "b");
+  addTo(other, "c");
+  group.initialize(3, "group");
+  add("a");
+  group.appendMembers(&other);
+  EXPECT_EQ(group.ArraySize, 3);
+  EXPECT_EQ(group.getNumMembers(), 3);
+}
+
 TEST_F(BaseGroupClassTest, AGroupCanTakeItsOwnMembersASecondTime) {
   ScriptedLeaf& a = add("a");
   ScriptedLeaf& b = add("b");
@@ -443,6 +454,15 @@ TEST_F(BaseGroupClassTest, AHigherRankStartsTheTableAnewAndLeavesDisabledOfTheOt
   EXPECT_FALSE(a.Disabled) << "it dropped out only when the higher rank came";
   EXPECT_FALSE(b.Disabled);
   EXPECT_FALSE(c.Disabled);
+}
+
+TEST_F(BaseGroupClassTest, AHigherRankBehindSeveralEqualOnesHasTheTableForItself) {
+  add("a", 5.0, 1);
+  add("b", 6.0, 1);
+  ScriptedLeaf& c = add("c", 3.0, 2);
+  EXPECT_EQ(group.CalculateWeightDistribution(), 3.0);
+  EXPECT_THAT(rows(), ElementsAre(3.0));
+  EXPECT_EQ(group.ActionWeights[0].AssociatedAction, &c);
 }
 
 TEST_F(BaseGroupClassTest, ALowerRankBehindTheHighestIsDisabled) {

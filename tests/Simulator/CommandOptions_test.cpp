@@ -189,6 +189,8 @@ TEST_F(CommandOptionsTest, AWordMayHave128CharactersAndNotMore) {
   EXPECT_EQ(parse({"-a", longest}), good("ASCIIFilename: " + longest + "\n"));
   EXPECT_EQ(parse({"-a", longest + "x"}), tooLong) << "a value is a word too";
   EXPECT_EQ(parse({"-a" + longest}), tooLong);
+  EXPECT_EQ(parse({"-", longest + "x"}), bad("ERROR: Unrecognized Command Line option: -\n"))
+      << "the first fault counts";
 }
 
 TEST_F(CommandOptionsTest, TextThatIsNoNumberReadsAsZero) {

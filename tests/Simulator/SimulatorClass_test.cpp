@@ -23,6 +23,12 @@
 #include "Simulator/Tausworthe.h"
 #include "Simulator/UserDistributions.h"
 
+/// The list's size as only its friend sees it.
+class EventListProbe {
+ public:
+  static int capacityOf(const EventList& list) { return list.capacity; }
+};
+
 namespace {
 
 using support::EnvironmentGuard;
@@ -160,6 +166,11 @@ TEST_F(SimulatorClassTest, EveryGroupPointsAtABackPointerOfItsOwn) {
   EXPECT_EQ(simulator->GroupList[1], tock);
   EXPECT_EQ(tick->EventPointer, &simulator->EventPointerArray[0]);
   EXPECT_EQ(tock->EventPointer, &simulator->EventPointerArray[1]);
+}
+
+TEST_F(SimulatorClassTest, TheEventListHasRoomForOneEventMoreThanThereAreGroups) {
+  outputOfStart({"stray"});
+  EXPECT_EQ(EventListProbe::capacityOf(*simulator->TheEventList), 2 + 1);
 }
 
 TEST_F(SimulatorClassTest, EveryActionIsListedWithItsReactivationFlagCleared) {

@@ -105,6 +105,13 @@ TEST(SANModelTest, InitializingTakesOverNameCountsAndCopiesOfTheArrays) {
   EXPECT_EQ(model.ReadOnlyPlaces[0], &model.limit);
 }
 
+/// So that a trace, which walks as many entries as there are variables, shows them too.
+TEST(SANModelTest, ReadOnlyPlacesStandBehindTheLocalOnes) {
+  StationSAN model;
+  BaseStateVariableClass** const variables = model.GetLocalStateVariables(nullptr);
+  EXPECT_EQ(variables[model.getNumStateVariables() - 1], &model.limit);
+}
+
 TEST(SANModelTest, ActivitiesAndGroupsLearnTheirModel) {
   StationSAN model;
   void* const asBase = static_cast<BaseModelClass*>(&model);
