@@ -1,12 +1,28 @@
 """scripts/check-behaviours on small tables, each with one fault, and on one without any."""
 
+import contextlib
+import importlib.machinery
+import importlib.util
+import io
 import pathlib
 import subprocess
 import sys
 import tempfile
+import types
 import unittest
 
 SCRIPT = pathlib.Path(__file__).resolve().parent.parent.parent / "scripts" / "check-behaviours"
+
+
+def loaded(script):
+    loader = importlib.machinery.SourceFileLoader("check_behaviours", str(script))
+    module = importlib.util.module_from_spec(importlib.util.spec_from_loader(loader.name, loader))
+    loader.exec_module(module)
+    return module
+
+
+sys.dont_write_bytecode = True  # nothing is left beside the script
+CHECK = loaded(SCRIPT)
 
 HEAD = "# Behaviours\n\nWhat is told, and by which test it is guarded.\n\n## src/Lamp\n\n| Behaviour | Guarded by |\n|---|---|\n"
 GOOD_ROWS = ("| It lights | `Lamp.Lights` |\n"
@@ -37,8 +53,14 @@ class BehaviourTable(unittest.TestCase):
     def check(self, table, results=RESULTS, options=()):
         self.table.write_text(table, encoding="utf-8")
         self.results.write_text(results, encoding="utf-8")
-        command = [sys.executable, SCRIPT, "--table", self.table, "--results", self.results, *options]
-        return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, check=False)
+        words = ["--table", str(self.table), "--results", str(self.results), *map(str, options)]
+        out, err = io.StringIO(), io.StringIO()
+        with contextlib.redirect_stdout(out), contextlib.redirect_stderr(err):
+            try:
+                status = CHECK.main(words)
+            except SystemExit as end:
+                status = end.code
+        return types.SimpleNamespace(stdout=out.getvalue(), stderr=err.getvalue(), returncode=status)
 
     def expect_faults(self, table, *faults):
         """`faults` are pairs of a line and its text; nothing else is told but the count."""
@@ -153,6 +175,14 @@ class BehaviourTable(unittest.TestCase):
     def test_results_that_are_no_document_are_refused(self):
         done = self.check(HEAD + GOOD_ROWS, results="")
         self.assertIn("is not what CTest writes", done.stderr)
+        self.assertEqual(done.returncode, 1)
+
+    def test_a_faulty_table_fails_the_script(self):
+        self.table.write_text(HEAD + "| It hums | `Lamp.Hums` |\n", encoding="utf-8")
+        self.results.write_text(RESULTS, encoding="utf-8")
+        done = subprocess.run([SCRIPT, "--table", self.table, "--results", self.results], stdout=subprocess.PIPE,
+                              text=True, check=False)
+        self.assertIn("Lamp.Hums: no test has this name\n", done.stdout)
         self.assertEqual(done.returncode, 1)
 
     def test_help_tells_the_options(self):
