@@ -360,6 +360,20 @@ TEST_F(QuorvaSocketTest, ATextMayBeTheTerminatorAlone) {
   EXPECT_STREQ(data.data(), ";;");
 }
 
+TEST_F(QuorvaSocketTest, AReceiveThatFailsDoesNotEndTheWaitForATerminator) {
+  ASSERT_EQ(fcntl(pair.server._socket, F_SETFL, O_NONBLOCK), 0);  // an empty connection fails with EAGAIN
+  std::thread sender([this] {
+    std::this_thread::sleep_for(milliseconds(50));
+    EXPECT_EQ(pair.client.Send("f;", 2), 2);
+    std::this_thread::sleep_for(milliseconds(150));
+    EXPECT_EQ(pair.client.Send(";", 1), 1);
+  });
+  std::array<char, 33> data{};
+  EXPECT_EQ(pair.server.RecvBlock(data.data(), 32, ";;"), 3);
+  EXPECT_STREQ(data.data(), "f;;");
+  sender.join();
+}
+
 TEST_F(QuorvaSocketTest, AWriteToAClosedConnectionFailsWithoutEndingTheProcess) {
   ASSERT_EQ(pair.client.Send("x", 1), 1);
   ASSERT_TRUE(pair.server.Select(2000));

@@ -2,10 +2,13 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <iostream>
@@ -727,14 +730,20 @@ class WaitTest : public ManagerProtocolTest {
     return probe;
   }
 
+  /// The port on loopback.
+  static sockaddr_in addressOf(std::uint16_t port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
+  }
+
   /// Connects as soon as somebody listens at `port` or one of the next three; -1 if nobody does for ten seconds.
   [[nodiscard]] int connectWhenListening() const {
     for (int attempt = 0; attempt < 4000; ++attempt) {
       const int descriptor = socket(AF_INET, SOCK_STREAM, 0);
-      sockaddr_in address{};
-      address.sin_family = AF_INET;
-      address.sin_port = htons(static_cast<std::uint16_t>(port + attempt % 4));
-      address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+      const sockaddr_in address = addressOf(static_cast<std::uint16_t>(port + attempt % 4));
       if (connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
         return descriptor;
       }
@@ -821,6 +830,27 @@ TEST_F(WaitTest, DoesNotWaitWhenTheRunIsToStopOrThereIsNoTime) {
   support::standardOutputOf([&] { EXPECT_EQ(probe.WaitForSimMgrConnection(0), nullptr); });
   probe.SimControl = SimulatorClass::STOPHARD;
   support::standardOutputOf([&] { EXPECT_EQ(probe.WaitForSimMgrConnection(-1), nullptr); });
+}
+
+TEST_F(WaitTest, AHundredManagersMayWaitToBeTaken) {
+  SimulatorProbe& probe = startWaiting();
+  support::standardOutputOf(
+      [&] { EXPECT_EQ(probe.WaitForSimMgrConnection(0), nullptr); });  // listens, and takes nobody
+  std::vector<pollfd> waiting;
+  for (int i = 0; i < 100; ++i) {
+    const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
+    const sockaddr_in address = addressOf(static_cast<std::uint16_t>(probe.SocketPort));
+    if (connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+      EXPECT_EQ(errno, EINPROGRESS);
+    }
+    waiting.push_back({descriptor, POLLOUT, 0});
+  }
+  int connected = 0;
+  for (pollfd& manager : waiting) {
+    connected += poll(&manager, 1, 5000) == 1 && manager.revents == POLLOUT ? 1 : 0;
+    close(manager.fd);
+  }
+  EXPECT_EQ(connected, 100);
 }
 
 TEST_F(WaitTest, TheSocketEntryServesOneManagerAfterTheOtherUntilOneQuits) {

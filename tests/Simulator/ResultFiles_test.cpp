@@ -216,6 +216,50 @@ TEST_F(ResultFilesTest, AnExistingFileIsTruncated) {
   EXPECT_EQ(bin.bytes().size(), 256U);
 }
 
+// ---- Flushing -------------------------------------------------------------------------------------------------------
+
+TEST_F(ResultFilesTest, BothFilesAreHeadedAtOnce) {
+  const TemporaryFile csv("csv");
+  const TemporaryFile bin("bin");
+  start(1, {"-N1", std::string("-a") + csv.name(), std::string("-b") + bin.name()});
+  EXPECT_EQ(csv.bytes(),
+            "#QUORVA_SIM_ASCII_FILE,QUORVA_VER=Version 2.5,FILE_VER=1,EXPERIMENTS=0,SEED=31415,"
+            "RANDOMGEN=Lagged Fibonacci\n#FORMAT: (PV ID Number),(PV Value)\n");
+  EXPECT_EQ(bin.bytes(), header("QUORVA_SIM_BIN_FILE,256,QUORVA_VER=Version 2.5,FILE_VER=1,EXPERIMENTS=0,SEED=31415,"
+                                "RANDOMGEN=Lagged Fibonacci,BATCHES=0,,"));
+}
+
+/// A stream that knows how much of it was flushed.
+class FlushNotingStream : public std::ostream {
+ public:
+  FlushNotingStream() : std::ostream(&buffer_) {}
+
+  [[nodiscard]] std::string written() const { return buffer_.str(); }
+  [[nodiscard]] std::string flushed() const { return buffer_.flushed; }
+
+ private:
+  struct Buffer : std::stringbuf {
+    int sync() override {
+      flushed = str();
+      return 0;
+    }
+    std::string flushed;
+  };
+  Buffer buffer_;
+};
+
+TEST_F(ResultFilesTest, AReportIsFlushedAtItsEndInEitherForm) {
+  start(2);
+  const auto packet = packetOf({{1.5, 2.0}, {-0.25}});
+  FlushNotingStream lines;
+  simulator->OutputDataCSV(lines, packet.get(), nullptr);
+  EXPECT_EQ(lines.flushed(), "0,1.5\n0,2.0\n1,-0.25\n");
+  FlushNotingStream message;
+  simulator->OutputDataBinary(nullptr, &message, packet.get(), nullptr);
+  EXPECT_EQ(message.flushed().size(), 9U + 7 * 2 + 8 * 3);
+  EXPECT_EQ(message.flushed(), message.written());
+}
+
 // ---- Binary file ----------------------------------------------------------------------------------------------------
 
 TEST_F(ResultFilesTest, TheHeaderIsTextToItsTwoCommasAndZeroBytesTo256) {
