@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <optional>
 
 #ifdef __linux__
@@ -41,7 +42,7 @@ TEST(MemoryLimitTest, TheMachinesMemoryIsSomeOfItsPhysicalMemory) {
 [[noreturn]] void exitWithLimitAsExpected(std::uint64_t expected) {
   support::limitMemoryToMachine();
   rlimit limit{};
-  _exit(getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur == expected ? 0 : 1);
+  std::exit(getrlimit(RLIMIT_AS, &limit) == 0 && limit.rlim_cur == expected ? 0 : 1);
 }
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)

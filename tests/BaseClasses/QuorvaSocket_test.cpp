@@ -181,6 +181,29 @@ TEST(QuorvaSocketFailureTest, ConnectingWhereNobodyListensNamesErrno) {
   EXPECT_STREQ(socket.GetErrorString(), "error in connect: errno=");
 }
 
+// A line of no length holds one connection that nobody has taken; the next one is not answered before there is room.
+TEST(QuorvaSocketConnectTest, SignalsDoNotEndAConnect) {
+  SocketProbe listener(true);
+  const int port = support::bindToFreePort(listener, support::processId());
+  ASSERT_TRUE(listener.Listen(0));
+  SocketProbe first(true);
+  ASSERT_TRUE(first.Connect("127.0.0.1", port));
+  std::thread taker([&] {
+    std::this_thread::sleep_for(milliseconds(100));
+    for (int i = 0; i < 2; ++i) {
+      SocketProbe taken(false);
+      EXPECT_TRUE(listener.Accept(taken));
+    }
+  });
+  {
+    const Interrupter interrupter;
+    SocketProbe second(true);
+    EXPECT_TRUE(second.Connect("127.0.0.1", port));
+    EXPECT_EQ(second.GetErrorString(), nullptr);
+    taker.join();
+  }
+}
+
 TEST(QuorvaSocketFailureTest, ANameWithoutAnAddressFailsLikeAnUnreachableHost) {
   SocketProbe socket(true);
   const std::string err = support::standardErrorOf([&] { EXPECT_FALSE(socket.Connect("", 1)); });

@@ -13,7 +13,7 @@ using Clock = std::chrono::steady_clock;
 
 struct Visit {
   std::atomic<int> count = 0;
-  std::thread::id thread;
+  std::atomic<std::thread::id> thread;
 };
 
 std::uint32_t visit(void* data) {
@@ -30,7 +30,7 @@ TEST(QuorvaThreadTest, RunsTheEntryWithItsDataOnAThreadOfItsOwn) {
   thread.Start();
   thread.WaitUntilDone();
   EXPECT_EQ(seen.count, 1);
-  EXPECT_NE(seen.thread, std::this_thread::get_id());
+  EXPECT_NE(seen.thread.load(), std::this_thread::get_id());
 }
 
 TEST(QuorvaThreadTest, WaitingForWhatIsNotRunningReturnsAtOnce) {
@@ -51,6 +51,19 @@ TEST(QuorvaThreadTest, CanBeStartedAgain) {
   thread.WaitUntilDone();
   thread.Start();
   thread.WaitUntilDone();
+  EXPECT_EQ(seen.count, 2);
+}
+
+TEST(QuorvaThreadTest, AThreadRunsOnWhenAnotherIsStarted) {
+  Visit seen;
+  QuorvaThread thread(visit, &seen);
+  thread.Start();
+  thread.Start();
+  thread.WaitUntilDone();  // for the second
+  const auto limit = Clock::now() + std::chrono::seconds(10);
+  while (seen.count < 2 && Clock::now() < limit) {
+    std::this_thread::yield();
+  }
   EXPECT_EQ(seen.count, 2);
 }
 

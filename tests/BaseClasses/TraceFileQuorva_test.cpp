@@ -89,6 +89,7 @@ TEST_F(TraceFileQuorvaTest, WithoutAStreamItWritesNothingAndLeavesTraceprintfAlo
   silent.newBatch();
   silent.printInitialState(top);
   silent.printState(&rewards);
+  silent.printState(static_cast<BaseModelClass*>(top));
   silent.printPreFireAction(&action);
   silent.printFireAction(&action, 1.0);
   silent.printPostFireAction(&action, &action);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <sstream>
 #include <string>
 
@@ -210,6 +211,14 @@ TEST_F(TraceFileXMLTest, TheEndOfTheFirstBatchClosesTheDocumentAndLaterBatchesAr
     sink.newBatch();
   }
   sink.printFooter();
+  EXPECT_EQ(written(), "");
+}
+
+TEST_F(TraceFileXMLTest, TheNumberOfTheBatchStopsAtItsGreatest) {
+  sink.setBatch(std::numeric_limits<int>::max() - 1);
+  sink.newBatch();
+  sink.newBatch();  // one more would begin again below the first
+  EXPECT_EQ(sink.batch(), std::numeric_limits<int>::max());
   EXPECT_EQ(written(), "");
 }
 

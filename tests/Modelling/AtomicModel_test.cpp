@@ -277,4 +277,13 @@ TEST_F(DelayTest, ParametersAreComputedForEachDrawAndToldOnDemand) {
   EXPECT_EQ(model_.activity("y").exponential([this] { return model_.a.Mark(); }).fires({}, [] {}).Rate(), 10.0);
 }
 
+TEST_F(DelayTest, DelaysWithoutParametersOfTheirOwnTellNoneAndNoRate) {
+  Activity& byFunction = model_.activity("x").delayedBy([] { return 1.0; }).fires({}, [] {});
+  EXPECT_EQ(byFunction.ReturnDistributionParameters(), nullptr);
+  EXPECT_EQ(byFunction.Rate(), 0.0);
+  Activity& byPhases = model_.activity("y").hypoExponential({1, 3}).fires({}, [] {});
+  EXPECT_EQ(byPhases.ReturnDistributionParameters()[1], 3.0);
+  EXPECT_EQ(byPhases.Rate(), 0.0);
+}
+
 }  // namespace

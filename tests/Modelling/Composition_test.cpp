@@ -93,6 +93,14 @@ TEST(RepModelTest, AReplicationOfNoneIsEmptyAndCanBeJoined) {
   EXPECT_EQ(static_cast<Taker*>(joined.GetChild(1))->stock.Mark(), 1);
 }
 
+TEST(CompositionTest, ModelsWhoseChildrenAreAllEmptyShareNothing) {
+  const ChildModel none = replicate("givers", 0, child<Giver>("giver"), {"pool"});
+  const JoinModel joined("both", {none, none}, {"pool"});
+  EXPECT_EQ(joined.NumSharedStateVariables, 0);
+  const RepModel copies("copies", 2, none, {"pool"});
+  EXPECT_EQ(copies.NumSharedStateVariables, 0);
+}
+
 TEST(CompositionTest, JoinsAndReplicationsStandInEachOther) {
   const ChildModel pair = join("pair", {child<Giver>("giver"), child<Taker>("taker")}, kPool);
   JoinModel top("top", {replicate("pairs", 2, pair, {"pool"}), child<Taker>("taker")},

@@ -399,6 +399,15 @@ class MisnamingModel : public TestModel {
   }
 };
 
+TEST(AffectedListsTest, AVariableOfAModelThatNoWorkerSeesTouchesNoWorker) {
+  auto top = std::make_unique<MisnamingModel>("top");
+  TestAction& serve = top->addChild("queue").addMarkAndAction("serve");
+  const TestRewardModel model(std::move(top),
+                              {markVariable<IntervalOfTimeWorker>("mark", INTERVAL_OF_TIME, {0.0, 1.0}, "queue")});
+  EXPECT_THAT(itemsOf(serve.AffectedNodesByRateReward), ElementsAre(0));
+  EXPECT_THAT(itemsOf(serve.AffectedRateWorkers[0]), IsEmpty());
+}
+
 TEST(AffectedListsDeathTest, ANodeIsInsertedOnceForEachAction) {
   auto top = std::make_unique<MisnamingModel>("top");
   TestModel& queue = top->addChild("queue");

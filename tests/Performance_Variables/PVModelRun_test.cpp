@@ -300,6 +300,15 @@ TEST_F(PVModelRunTest, TheDebugLinesComeAboveTheirLevels) {
   EXPECT_THAT(linesAt(4), HasSubstr("** PVModel::Accumulate(double)\n** Accumulation Time = 2.5\n"));
 }
 
+TEST_F(PVModelRunTest, AboveLevelThreeTheStateSpaceEntriesTellThatTheyAreCalled) {
+  std::vector<char> image(static_cast<std::size_t>(model.StateSize()));
+  const DebugLevelGuard guard(4);
+  EXPECT_THAT(standardOutputOf([&] { model.FireAction(image.data(), &model.actionOf(0)); }),
+              HasSubstr("** SSG: PVModel::FireAction(void*, BaseActionClass*)\n"));
+  EXPECT_THAT(standardOutputOf([&] { model.AgeAction(image.data(), &model.actionOf(0)); }),
+              HasSubstr("** SSG: PVModel::AgeAction(void*, BaseActionClass*) = serve\n"));
+}
+
 TEST_F(PVModelRunTest, AboveLevelThreeAResetShowsTheNodesByRateRewardOfEveryAction) {
   auto top = replicated("queue", 1, "serve");
   top->addAction("idle");

@@ -24,6 +24,8 @@ class TraceFileXMLProbe : public TraceFileXML {
   }
   [[nodiscard]] bool inUsedStateName(const char* name) const { return TraceFileXML::inUsedStateName(name); }
   [[nodiscard]] int getModelMap(const char* name, int id) const { return TraceFileXML::getModelMap(name, id); }
+  void setBatch(int batch) { runNum = batch; }
+  [[nodiscard]] int batch() const { return runNum; }
   static bool comesFirst(const BaseModelClass* one, const BaseModelClass* other) { return comp()(one, other); }
 
   void insert(const BaseModelClass* model, std::vector<BaseStateVariableClass*> variables) {
