@@ -47,6 +47,10 @@ endif()
 if(QUORVA_COVERAGE)
   target_compile_options(project_options INTERFACE --coverage)
   target_link_options(project_options INTERFACE --coverage)
+  add_library(quorva_counters_on_abort OBJECT "${CMAKE_CURRENT_LIST_DIR}/CountersOnAbort.cpp")
+  target_compile_features(quorva_counters_on_abort PRIVATE cxx_std_20)
+  target_link_libraries(project_options INTERFACE
+    $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:$<TARGET_OBJECTS:quorva_counters_on_abort>>)
 endif()
 
 # quorva_layer(<name> SOURCES <file>... [INTERNAL <header>...] [LINKS <layer>...])

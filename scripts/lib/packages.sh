@@ -48,6 +48,12 @@ need_to_count_instructions() {
   need_command valgrind valgrind
 }
 
+# need_to_count_coverage: what reading the counters of a build that counts takes on top of building and testing.
+need_to_count_coverage() {
+  need_to_test
+  need_command gcovr gcovr
+}
+
 # Wine without its wrappers, which would want the 32-bit one too.
 wine=/usr/lib/wine/wine64
 wine_server=/usr/lib/wine/wineserver64

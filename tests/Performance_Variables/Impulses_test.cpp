@@ -152,6 +152,8 @@ TEST_F(IntervalImpulseTest, AboveLevelThreeItTellsItsStateBeforeTheStep) {
   const support::DebugLevelGuard level(4);
   EXPECT_EQ(support::standardOutputOf([&] { impulse.Accumulate(2.0, 1.0); }),
             "Impulse Name = exits ImpulseNumber: 1 WorkerNumber: 4\nAccumulating = 0\nBefore: Impulse = 2.5\n");
+  EXPECT_EQ(support::standardOutputOf([&] { TestImpulse(0).Accumulate(2.0, 1.0); }),
+            "Impulse Name =  ImpulseNumber: -1 WorkerNumber: -1\nAccumulating = 0\nBefore: Impulse = 0\n");
   GlobalDebugLevel = 3;
   EXPECT_EQ(support::standardOutputOf([&] { impulse.Accumulate(3.0, 2.0); }), "");
 }

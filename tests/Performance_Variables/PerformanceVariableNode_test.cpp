@@ -472,6 +472,16 @@ TEST(NodeImpulseWorkerTest, PastTheLastInstanceAWorkerKeepsTheOneBeforeIt) {
   EXPECT_THAT(childrenInSlot(model, 0, 2), ElementsAre(3, 4, 5, 5, 5, 5));
 }
 
+TEST(NodeImpulseWorkerTest, ANameOfFewerInstancesThanBlocksLeavesTheRepetitionAsItIs) {
+  // Six workers in three blocks of "b", of which two each: "a", of which there are two, divides nothing.
+  const TestRewardModel model(treeOf({{"b", 3}, {"a", 2}}), {impulseOver({"b", "a"})});
+  ASSERT_EQ(model.node().NumberOfImpulseWorkers[0], 6);
+  ASSERT_EQ(model.node().NumberOfImpulseActions[0], 3);
+  EXPECT_THAT(containingChildren(model, 0), ElementsAre(0, 0, 1, 1, 2, 2));
+  EXPECT_THAT(childrenInSlot(model, 0, 0), ElementsAre(0, 0, 0, 0, 0, 0));
+  EXPECT_THAT(childrenInSlot(model, 0, 1), ElementsAre(3, 3, 3, 3, 3, 3));
+}
+
 TEST(NodeImpulseWorkerTest, AnImpulseWithoutModelSlotsHasAWorkerForEachInstanceOfItsActionsModel) {
   const TestRewardModel model(replicated("train", 3, "exit"),
                               {variable("exits", INTERVAL_OF_TIME, {{0.0, 10.0}}, {.impulses = 1},
