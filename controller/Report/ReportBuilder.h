@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "Report/StudyReport.h"
+
+namespace controller {
+
+/// A variable as the builder has to know it ahead of its observations.
+struct VariableHeading {
+  std::string name;
+  std::string group;               ///< as in VariableReport
+  std::optional<double> stopTime;  ///< as in VariableReport
+};
+
+/// Fills a StudyReport from observations that stream by.
+///
+/// Order     the observations of one variable are added in the order of units; variables and experiments may take turns
+///           in any way. The same observations in the same order give the same report, however they are cut into calls.
+/// Memory    some 100 kB for each variable, however many observations there are; finishExperiment() gives them back.
+/// Verdicts  intervals and verdicts are those of StoppingRule at the end of the observations: a variable is "reached" if
+///           its half-width is at most the wanted one.
+/// Sources   quantiles: QuantileSketch; histogram: StreamHistogram.
+class ReportBuilder {
+ public:
+  ReportBuilder(std::string title, Goal goal);
+  ~ReportBuilder();
+
+  /// Begins an experiment and returns its number, from 0 on.
+  std::size_t addExperiment(std::string name, NamedValues values, std::vector<VariableHeading> variables);
+
+  /// Further observations of a variable, in the order of units.
+  void add(std::size_t experiment, std::size_t variable, std::span<const double> observations);
+
+  /// Nothing more comes to the experiment: fills in its part of the report. The verdict is the study's own, such as
+  /// "reached", "stopped short", "cannot be reached", "failed"; the word is that of its stopping rule.
+  void finishExperiment(std::size_t experiment, std::string verdict, std::string word,
+                        std::vector<std::string> remarks = {});
+
+  /// The report, with all experiments, which are finished first where they are not yet. Call it once, last.
+  [[nodiscard]] StudyReport finish(std::string stopReason, NamedValues provenance);
+
+ private:
+  struct VariableStream;
+  struct ExperimentStream;
+
+  StudyReport report_;
+  std::vector<std::unique_ptr<ExperimentStream>> streams_;  // of each experiment; null when it is finished
+};
+
+}  // namespace controller
