@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <span>
 
 #include "Statistics/DoubleDouble.h"
@@ -50,9 +51,9 @@ class ObservationSummary {
   std::int64_t count_ = 0;
   std::int64_t firstNotFinite_ = -1;
   bool isBinary_ = true;
-  double first_ = 0.0;    // taken off every observation
-  double minimum_ = 0.0;  // of the finite ones
-  double maximum_ = 0.0;
+  double first_ = 0.0;                                        // taken off every observation
+  double minimum_ = std::numeric_limits<double>::infinity();  // of the finite ones; above maximum_ if there is none
+  double maximum_ = -std::numeric_limits<double>::infinity();
   DoubleDouble sum_, squares_, cubes_;  // of the differences from first_
 };
 

@@ -64,9 +64,8 @@ class SteadyStateDiagnosis {
     std::int64_t pairs = 0;  // neighbours within a unit
     double sum = 0.0;        // of batches, less the shift
     double squares = 0.0;
-    double products = 0.0;  // of neighbours
-    double firsts = 0.0;    // sum over pairs of the first, and of the second
-    double seconds = 0.0;
+    double products = 0.0;    // of neighbours
+    double neighbours = 0.0;  // sum over pairs of both
   };
   /// Sums of one place in the series of a unit, over all units.
   struct Place {
@@ -83,7 +82,6 @@ class SteadyStateDiagnosis {
   std::int64_t batchLength_;
   std::int64_t units_ = 0;
   bool isFinite_ = true;
-  bool hasShift_ = false;
   double shift_ = 0.0;  // the first observation, taken off all
   std::array<Level, kLevels> levels_{};
   std::int64_t groupLength_ = 5;

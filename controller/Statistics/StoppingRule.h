@@ -24,8 +24,8 @@ enum class Verdict {
 /// At each checkpoint every variable has an interval of confidence 1 - (1 - c) / k, where c is the goal's and k counts the
 /// variables that have observations, so that all k intervals hold together with confidence c (Bonferroni; R. G. Miller,
 /// Simultaneous Statistical Inference, 1981). A variable is precise if its half-width is at most wantedHalfWidth(). The
-/// experiment is, when all variables are, with the least number of batches, at two checkpoints in a row: one alone is
-/// reached too often by a variance that happens to look small (Y. S. Chow and H. Robbins, On the asymptotic theory of
+/// experiment is, when all variables are, with the least number of batches, at two checkpoints in a row (or at the one
+/// that the greatest number of batches brings): one alone is reached too often by a variance that happens to look small (Y. S. Chow and H. Robbins, On the asymptotic theory of
 /// fixed-width sequential confidence intervals for the mean, 1965, for what stopping so does to the coverage; P. W. Glynn
 /// and W. Whitt, The asymptotic validity of sequential stopping rules for stochastic simulations, 1992, for why there has
 /// to be a least sample).
@@ -57,7 +57,8 @@ class StoppingRule {
   /// numbers of observations that differ. Requires: as many spans as variables.
   void addUnit(std::span<const std::span<const double>> observationsOfVariables);
 
-  /// To be called at each unit boundary, in the order of units. Costs some microseconds for each variable.
+  /// To be called at each unit boundary, in the order of units. Costs some microseconds for each variable. Without new
+  /// observations it is the previous checkpoint still, and changes nothing.
   Verdict checkpoint();
 
   /// Verdict of the latest checkpoint; GoOn before the first.
@@ -100,7 +101,7 @@ class StoppingRule {
   struct Standing {
     State state = State::TooFew;
     Estimate estimate;
-    std::string reason;  // why it was given up, or what to know of it though it is precise
+    std::string reason;  // why it was given up
   };
 
   [[nodiscard]] Standing standingOf(std::size_t variable) const;
@@ -108,13 +109,17 @@ class StoppingRule {
   [[nodiscard]] std::string reasonToGiveUp(const ObservationSummary& summary, const Estimate& estimate) const;
   [[nodiscard]] double wantedHalfWidth(const Estimate& estimate) const noexcept;
   [[nodiscard]] Verdict judge();
+  [[nodiscard]] std::size_t countOfState(State state) const noexcept;
+  [[nodiscard]] std::string constantsInWords() const;
+  [[nodiscard]] std::string givenUpInWords() const;
 
   Goal goal_;
   std::vector<std::string> names_;
   std::vector<ObservationSummary> summaries_;
   std::vector<Standing> standings_;  // of the latest checkpoint
   Verdict verdict_ = Verdict::GoOn;
-  bool wasPrecise_ = false;  // all were, at the latest checkpoint
+  bool isPrecise_ = false;               // all were, at the latest checkpoint
+  std::int64_t observationsJudged_ = 0;  // of all variables, at the latest checkpoint
 };
 
 /// Confidence that each of `variables` intervals needs for all of them to hold together with `confidence`.
