@@ -21,21 +21,32 @@ need_to_build() {
   need_command ninja ninja-build
 }
 
+# need_to_build_controller: what the controlling program quorva takes on top of that. MPI is left out where it is missing.
+need_to_build_controller() {
+  need_to_build
+  need_header CLI/CLI.hpp libcli11-dev
+  need_header fmt/core.h libfmt-dev
+  need_header nlohmann/json.hpp nlohmann-json3-dev
+  need_header sqlite3.h libsqlite3-dev
+  need_header boost/version.hpp libboost-dev
+}
+
 # need_to_test: what building and running the tests takes on top of that.
 need_to_test() {
-  need_to_build
+  need_to_build_controller
+  need_command mpicxx libopenmpi-dev
+  need_command mpirun openmpi-bin
   need_command python3 python3
   need_command xmllint libxml2-utils
   need_command groff groff-base
   need_header gtest/gtest.h libgtest-dev
   need_header gmock/gmock.h libgmock-dev
-  need_header boost/version.hpp libboost-dev
   need_header benchmark/benchmark.h libbenchmark-dev
 }
 
 # need_to_package: what making and checking the Debian package takes on top of building.
 need_to_package() {
-  need_to_build
+  need_to_build_controller
   need_command python3 python3
   need_command dpkg-shlibdeps dpkg-dev
   need_command file file

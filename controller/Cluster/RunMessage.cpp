@@ -1,0 +1,108 @@
+#include "Cluster/RunMessage.h"
+
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+namespace controller {
+namespace {
+
+using Json = nlohmann::json;
+
+constexpr std::size_t kLengthBytes = 8;
+
+/// The length of the JSON, the JSON, and other bytes behind it.
+std::vector<std::byte> pack(const Json& json, std::span<const std::byte> rest) {
+  // Simulators may print what is no UTF-8.
+  const std::string text = json.dump(-1, ' ', true, Json::error_handler_t::replace);
+  std::vector<std::byte> bytes;
+  bytes.reserve(kLengthBytes + text.size() + rest.size());
+  for (unsigned shift = 0; shift < 64; shift += 8) {
+    bytes.push_back(static_cast<std::byte>(text.size() >> shift & 0xffU));
+  }
+  const auto letters = std::as_bytes(std::span(text));
+  bytes.insert(bytes.end(), letters.begin(), letters.end());
+  bytes.insert(bytes.end(), rest.begin(), rest.end());
+  return bytes;
+}
+
+struct Parts {
+  Json json;
+  std::span<const std::byte> rest;
+};
+
+Parts unpack(std::span<const std::byte> bytes) {
+  std::uint64_t length = 0;
+  if (bytes.size() < kLengthBytes) {
+    throw std::runtime_error("a message between processes is cut off");
+  }
+  for (std::size_t i = kLengthBytes; i-- > 0;) {
+    length = length << 8 | std::to_integer<std::uint64_t>(bytes[i]);
+  }
+  if (length > bytes.size() - kLengthBytes) {
+    throw std::runtime_error("a message between processes is cut off");
+  }
+  const auto* const text = reinterpret_cast<const char*>(bytes.data()) + kLengthBytes;
+  return {Json::parse(text, text + length), bytes.subspan(kLengthBytes + static_cast<std::size_t>(length))};
+}
+
+}  // namespace
+
+std::vector<std::byte> packRequest(std::int64_t ticket, const RunRequest& request) {
+  return pack({{"ticket", ticket},
+               {"program", request.program},
+               {"digest", request.digest},
+               {"arguments", request.arguments},
+               {"timeLimitSeconds", request.timeLimitSeconds},
+               {"cpuLimitSeconds", request.cpuLimitSeconds},
+               {"greatestFileBytes", request.greatestFileBytes},
+               {"wantsTrace", request.wantsTrace}},
+              {});
+}
+
+TicketedRequest unpackRequest(std::span<const std::byte> bytes) {
+  const Json json = unpack(bytes).json;
+  TicketedRequest result;
+  json.at("ticket").get_to(result.ticket);
+  json.at("program").get_to(result.request.program);
+  json.at("digest").get_to(result.request.digest);
+  json.at("arguments").get_to(result.request.arguments);
+  json.at("timeLimitSeconds").get_to(result.request.timeLimitSeconds);
+  json.at("cpuLimitSeconds").get_to(result.request.cpuLimitSeconds);
+  json.at("greatestFileBytes").get_to(result.request.greatestFileBytes);
+  json.at("wantsTrace").get_to(result.request.wantsTrace);
+  return result;
+}
+
+std::vector<std::byte> packFinished(const Executor::Finished& finished) {
+  const RunOutcome& outcome = finished.outcome;
+  return pack({{"ticket", finished.ticket},
+               {"end", static_cast<int>(outcome.end)},
+               {"number", outcome.number},
+               {"out", outcome.out},
+               {"err", outcome.err},
+               {"wallSeconds", outcome.wallSeconds},
+               {"cpuSeconds", outcome.cpuSeconds},
+               {"host", outcome.host}},
+              outcome.resultFile);
+}
+
+Executor::Finished unpackFinished(std::span<const std::byte> bytes) {
+  const Parts parts = unpack(bytes);
+  Executor::Finished finished;
+  parts.json.at("ticket").get_to(finished.ticket);
+  const int end = parts.json.at("end").get<int>();
+  if (end < 0 || end > static_cast<int>(RunEnd::Lost)) {
+    throw std::runtime_error("a message between processes tells of an end that there is none of");
+  }
+  finished.outcome.end = static_cast<RunEnd>(end);
+  parts.json.at("number").get_to(finished.outcome.number);
+  parts.json.at("out").get_to(finished.outcome.out);
+  parts.json.at("err").get_to(finished.outcome.err);
+  parts.json.at("wallSeconds").get_to(finished.outcome.wallSeconds);
+  parts.json.at("cpuSeconds").get_to(finished.outcome.cpuSeconds);
+  parts.json.at("host").get_to(finished.outcome.host);
+  finished.outcome.resultFile.assign(parts.rest.begin(), parts.rest.end());
+  return finished;
+}
+
+}  // namespace controller

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace controller {
+
+/// One run of a simulator, as it is asked for. Its binary result file is added by whoever starts it.
+struct RunRequest {
+  std::string program;  ///< an absolute path
+  std::string digest;   ///< SHA-256 that the program must have; empty for any
+  std::vector<std::string> arguments;
+  double timeLimitSeconds = 0;                             ///< of wall time; 0 for none
+  int cpuLimitSeconds = 0;                                 ///< of processor time; 0 for none
+  std::int64_t greatestFileBytes = std::int64_t{1} << 30;  ///< of a file that the run writes; more ends it
+  bool wantsTrace = false;                                 ///< whether the run writes a text trace, to be brought along
+};
+
+/// How a run came to its end.
+enum class RunEnd {
+  Exited,      ///< by itself, with a status
+  Killed,      ///< by a signal from elsewhere
+  TimedOut,    ///< by us, behind its time limit
+  NotStarted,  ///< the system refused to start it
+  Replaced,    ///< not started, as the program is another one than expected
+  Lost,        ///< with the worker that ran it
+};
+
+/// What became of a run. The words are kept up to a limit, their beginning and their end.
+struct RunOutcome {
+  RunEnd end = RunEnd::NotStarted;
+  int number = 0;  ///< the exit status, the signal, or the error of the system
+  std::vector<std::byte> resultFile;
+  std::string trace;
+  std::string out;
+  std::string err;
+  double wallSeconds = 0;
+  double cpuSeconds = 0;
+  std::string host;
+};
+
+/// The end of a run in words, such as "was ended by signal 9 (Killed)".
+[[nodiscard]] std::string describe(const RunOutcome& outcome);
+
+/// The last words of a simulator that went wrong: standard error, or else standard output, without the lines that every
+/// run prints; cut to a few lines.
+[[nodiscard]] std::string lastWords(const RunOutcome& outcome);
+
+}  // namespace controller

@@ -1,0 +1,63 @@
+#include "Study/Experiment.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include "Study/UnitSeed.h"
+
+namespace controller {
+namespace {
+
+std::string namesOf(const std::vector<Experiment>& experiments) {
+  std::string names;
+  for (const Experiment& experiment : experiments) {
+    names += fmt::format("{}\"{}\"", names.empty() ? "" : ", ", experiment.name);
+  }
+  return names;
+}
+
+}  // namespace
+
+std::vector<std::string> unitArguments(const StudyIdentity& study, const Experiment& experiment, std::int64_t unit) {
+  std::vector<std::string> words = {
+      "-t", study.isTerminating ? "1" : "0",     "-e", std::to_string(experiment.number),
+      "-r", std::to_string(study.generator),     "-s", std::to_string(unitSeed(study.seed, experiment.name, unit)),
+      "-N", std::to_string(study.batchesPerUnit)};
+  if (!experiment.overrides.empty()) {
+    words.insert(words.end(), {"-O", experiment.overrides});
+  }
+  return words;
+}
+
+std::string differenceOf(const StudyIdentity& stored, const StudyIdentity& wanted) {
+  const auto differ = [](const char* what, const auto& there, const auto& here) {
+    return there == here ? std::string() : fmt::format("its {} is {}, and {} is asked for", what, there, here);
+  };
+  const auto kind = [](const StudyIdentity& study) { return study.isTerminating ? "terminating" : "steady"; };
+  for (const std::string& difference :
+       {differ("simulator", stored.simulator, wanted.simulator),
+        differ("executable's SHA-256", stored.simulatorDigest, wanted.simulatorDigest),
+        differ("kind of run", std::string(kind(stored)), std::string(kind(wanted))),
+        differ("generator", stored.generator, wanted.generator), differ("seed", stored.seed, wanted.seed),
+        differ("number of batches in a unit", stored.batchesPerUnit, wanted.batchesPerUnit),
+        differ("list of experiments", namesOf(stored.experiments), namesOf(wanted.experiments))}) {
+    if (!difference.empty()) {
+      return difference;
+    }
+  }
+  for (std::size_t i = 0; i < stored.experiments.size(); ++i) {
+    const Experiment& there = stored.experiments[i];
+    const Experiment& here = wanted.experiments[i];
+    if (there.overrides != here.overrides || there.number != here.number) {
+      return fmt::format("experiment \"{}\" has the values \"{}\", and \"{}\" are asked for", there.name,
+                         there.overrides, here.overrides);
+    }
+    if (there.variables != here.variables) {
+      return fmt::format("experiment \"{}\" has the variables {}, and the simulator now has {}", there.name,
+                         fmt::join(there.variables, ","), fmt::join(here.variables, ","));
+    }
+  }
+  return "";
+}
+
+}  // namespace controller
