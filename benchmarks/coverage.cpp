@@ -1,11 +1,11 @@
 // How often does an interval of the controller's statistics hold the known value?
 //
-// usage: bench_coverage KNOWN STUDIES PRECISION LEAST UNIT SIZE...  < observations
+// usage: bench_coverage KNOWN STUDIES SEQUENTIAL PRECISION LEAST UNIT SIZE...  < observations
 //
 // Reads observations as doubles in the machine's own order and cuts them into studies, one behind the other:
 //   - STUDIES studies of each SIZE: the share whose interval holds KNOWN, at confidences of 90, 95 and 99 %. The studies of
 //     all sizes are cut from the same observations. For 0/1 observations the exact share too, summed over all outcomes;
-//   - STUDIES studies that StoppingRule ends, at a relative PRECISION, 95 % confidence, at least LEAST observations and a
+//   - SEQUENTIAL studies that StoppingRule ends, at a relative PRECISION, 95 % confidence, at least LEAST observations and a
 //     checkpoint each UNIT.
 // Prints a line for each size, and one for the sequential studies, and ends as soon as it has them.
 #include <fmt/format.h>
@@ -123,20 +123,20 @@ void sequential(Observations& observations, double known, std::size_t studies, c
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 7) {
-    std::fputs("usage: bench_coverage KNOWN STUDIES PRECISION LEAST UNIT SIZE...  < observations\n", stderr);
+  if (argc < 8) {
+    std::fputs("usage: bench_coverage KNOWN STUDIES SEQUENTIAL PRECISION LEAST UNIT SIZE...  < observations\n", stderr);
     return 2;
   }
   const double known = std::strtod(argv[1], nullptr);
   const auto number = [argv](int at) { return static_cast<std::size_t>(std::strtoull(argv[at], nullptr, 10)); };
   controller::Goal goal;
-  goal.precision = std::strtod(argv[3], nullptr);
-  goal.leastBatches = static_cast<std::int64_t>(number(4));
+  goal.precision = std::strtod(argv[4], nullptr);
+  goal.leastBatches = static_cast<std::int64_t>(number(5));
   const std::size_t studies = number(2);
   Observations observations;
-  for (int at = 6; at < argc; ++at) {
+  for (int at = 7; at < argc; ++at) {
     fixedSize(observations, known, studies, number(at));
   }
-  sequential(observations, known, studies, goal, number(5));
+  sequential(observations, known, number(3), goal, number(6));
   return 0;
 }

@@ -22,19 +22,22 @@ struct VariableHeading {
 ///
 /// Order     the observations of one variable are added in the order of units; variables and experiments may take turns
 ///           in any way. The same observations in the same order give the same report, however they are cut into calls.
-/// Memory    some 100 kB for each variable, however many observations there are; finishExperiment() gives them back.
-/// Verdicts  intervals and verdicts are those of StoppingRule at the end of the observations: a variable is "reached" if
-///           its half-width is at most the wanted one.
-/// Sources   quantiles: QuantileSketch; histogram: StreamHistogram.
+/// Memory    at most some 200 kB for each variable, however many observations there are; finishExperiment() gives them back.
+/// Verdicts  intervals, verdicts and words of variables are those of a StoppingRule after all the observations.
+/// Series    the convergence holds the intervals after 10 observations, after each further fifth, and after the last.
+/// Quantiles and histograms  those of Distribution, which tells of its error.
 class ReportBuilder {
  public:
+  /// Throws std::invalid_argument for a goal that breaks the limits of Goal.
   ReportBuilder(std::string title, Goal goal);
+  ReportBuilder(const ReportBuilder&) = delete;
+  ReportBuilder& operator=(const ReportBuilder&) = delete;
   ~ReportBuilder();
 
-  /// Begins an experiment and returns its number, from 0 on.
+  /// Begins an experiment of one variable or more and returns its number, from 0 on.
   std::size_t addExperiment(std::string name, NamedValues values, std::vector<VariableHeading> variables);
 
-  /// Further observations of a variable, in the order of units.
+  /// Further observations of a variable, in the order of units. Requires: the experiment is not finished.
   void add(std::size_t experiment, std::size_t variable, std::span<const double> observations);
 
   /// Nothing more comes to the experiment: fills in its part of the report. The verdict is the study's own, such as
@@ -46,8 +49,9 @@ class ReportBuilder {
   [[nodiscard]] StudyReport finish(std::string stopReason, NamedValues provenance);
 
  private:
-  struct VariableStream;
   struct ExperimentStream;
+
+  [[nodiscard]] ExperimentStream& streamOf(std::size_t experiment);
 
   StudyReport report_;
   std::vector<std::unique_ptr<ExperimentStream>> streams_;  // of each experiment; null when it is finished

@@ -136,7 +136,7 @@ std::string StoppingRule::reasonToGiveUp(const ObservationSummary& summary, cons
                       estimate.count, estimate.lower, estimate.upper);
 }
 
-StoppingRule::Standing StoppingRule::standingOf(std::size_t variable) const {
+StoppingRule::Standing StoppingRule::judgeVariable(std::size_t variable) const {
   const ObservationSummary& summary = summaries_[variable];
   Standing standing;
   standing.estimate = summary.estimate(variableConfidence());
@@ -167,7 +167,7 @@ Verdict StoppingRule::checkpoint() {
   }
   observationsJudged_ = observations;
   for (std::size_t variable = 0; variable < summaries_.size(); ++variable) {
-    standings_[variable] = standingOf(variable);
+    standings_[variable] = judgeVariable(variable);
   }
   verdict_ = judge();
   return verdict_;
@@ -254,6 +254,22 @@ std::string StoppingRule::wordOf(std::size_t variable) const {
   }
   return fmt::format("has mean {:.6g} and half-width {:.3g}, wanted {:.3g}", standing.estimate.mean,
                      standing.estimate.halfWidth, wantedHalfWidth(standing.estimate));
+}
+
+const char* StoppingRule::standingOfVariable(std::size_t variable) const {
+  switch (standings_.at(variable).state) {
+    case State::Absent:
+      return "no observations";
+    case State::TooFew:
+      return "too few batches";
+    case State::GivenUp:
+      return "can't be reached";
+    case State::Precise:
+      return "reached";
+    case State::Open:
+      break;
+  }
+  return "open";
 }
 
 std::string StoppingRule::constantsInWords() const {

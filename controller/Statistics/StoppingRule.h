@@ -70,6 +70,10 @@ class StoppingRule {
   /// One clause on a single variable at the latest checkpoint, such as "precise" or "all 1000 observations are 0, ...".
   [[nodiscard]] std::string wordOf(std::size_t variable) const;
 
+  /// A word or two on a single variable at the latest checkpoint: "reached", "open", "too few batches", "can't be
+  /// reached", "no observations".
+  [[nodiscard]] const char* standingOfVariable(std::size_t variable) const;
+
   /// The variable that is farthest from its precision at the latest checkpoint: not given up, with the greatest quotient
   /// of half-width and wanted half-width. The first one where none has observations.
   [[nodiscard]] std::size_t worstVariable() const;
@@ -81,6 +85,9 @@ class StoppingRule {
   /// of the size of its mean as it stands, with which the error is at most p of the size of the true mean wherever in the
   /// interval that lies (A. M. Law, Simulation Modeling and Analysis, 5th edition, 2015, 9.4.1). NaN without a mean.
   [[nodiscard]] double wantedHalfWidth(std::size_t variable) const;
+
+  /// The moments of all observations of a variable so far.
+  [[nodiscard]] const ObservationSummary& summary(std::size_t variable) const { return summaries_.at(variable); }
 
   /// Confidence of each single interval, by Bonferroni's share among the variables that have observations.
   [[nodiscard]] double variableConfidence() const noexcept;
@@ -104,7 +111,7 @@ class StoppingRule {
     std::string reason;  // why it was given up
   };
 
-  [[nodiscard]] Standing standingOf(std::size_t variable) const;
+  [[nodiscard]] Standing judgeVariable(std::size_t variable) const;
   [[nodiscard]] bool isConstantEnough(const Estimate& estimate) const;
   [[nodiscard]] std::string reasonToGiveUp(const ObservationSummary& summary, const Estimate& estimate) const;
   [[nodiscard]] double wantedHalfWidth(const Estimate& estimate) const noexcept;
