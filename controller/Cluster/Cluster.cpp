@@ -1,5 +1,8 @@
 #include "Cluster/Cluster.h"
 
+#include <algorithm>
+#include <thread>
+
 #include "Process/LocalExecutor.h"
 
 #ifdef QUORVA_HAS_MPI
@@ -12,6 +15,13 @@
 #endif
 
 namespace controller {
+namespace {
+
+std::size_t localJobs(std::size_t jobs) {
+  return jobs > 0 ? jobs : std::max(1U, std::thread::hardware_concurrency());
+}
+
+}  // namespace
 
 #ifdef QUORVA_HAS_MPI
 
@@ -72,9 +82,9 @@ std::unique_ptr<Executor> makeExecutor(std::size_t jobs, const std::string& scra
     MPI_Comm_size(MPI_COMM_WORLD, &size);
   }
   if (size > 1) {
-    return std::make_unique<MpiExecutor>(size, jobs);
+    return std::make_unique<MpiExecutor>(size, std::max<std::size_t>(jobs, 1));
   }
-  return std::make_unique<LocalExecutor>(jobs, scratchFolder);
+  return std::make_unique<LocalExecutor>(localJobs(jobs), scratchFolder);
 }
 
 #else
@@ -92,7 +102,7 @@ bool Cluster::hasMpi() {
 }
 
 std::unique_ptr<Executor> makeExecutor(std::size_t jobs, const std::string& scratchFolder) {
-  return std::make_unique<LocalExecutor>(jobs, scratchFolder);
+  return std::make_unique<LocalExecutor>(localJobs(jobs), scratchFolder);
 }
 
 #endif

@@ -32,8 +32,8 @@ class Cluster {
   int size_ = 1;
 };
 
-/// The executor of this process: on the other processes of the cluster, `jobs` on each, or on this machine where there are
-/// none.
+/// The executor of this process: on the other processes of the cluster, or on this machine where there are none.
+/// jobs  simulators at a time, on each of the others; 0 for one on each of them, or here as many as there are processors
 [[nodiscard]] std::unique_ptr<Executor> makeExecutor(std::size_t jobs, const std::string& scratchFolder);
 
 /// A job script for Slurm that runs the command line under srun, one process for each task.

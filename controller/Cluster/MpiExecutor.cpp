@@ -12,7 +12,7 @@
 namespace controller {
 namespace {
 
-enum Tag { kStart = 1, kCancel, kEnd, kFinished };
+enum Tag { kStart = 1, kCancel, kEnd, kFinished, kEnded };
 
 // A wait inside MPI would take a whole core.
 constexpr std::chrono::milliseconds kBetweenLooks{2};
@@ -99,6 +99,7 @@ void runMpiWorker(const std::string& scratchFolder) {
   while (true) {
     for (Message message; receive(message);) {
       if (message.tag == kEnd) {
+        send({}, 0, kEnded);
         return;
       }
       const TicketedRequest asked = unpackRequest(message.bytes);
@@ -118,6 +119,15 @@ void runMpiWorker(const std::string& scratchFolder) {
 void endMpiWorkers(int size) {
   for (int process = 1; process < size; ++process) {
     send({}, process, kEnd);
+  }
+  // A large message waits for its receiver: what is on its way has to be taken, or else its sender never comes to the end.
+  for (int ended = 0; ended < size - 1;) {
+    Message message;
+    if (!receive(message)) {
+      std::this_thread::sleep_for(kBetweenLooks);
+    } else if (message.tag == kEnded) {
+      ++ended;
+    }
   }
 }
 

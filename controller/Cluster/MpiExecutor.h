@@ -29,7 +29,7 @@ class MpiExecutor : public Executor {
 
 /// What a process other than the first does: starts what it is asked to, hands back what comes of it, until it is told to end.
 void runMpiWorker(const std::string& scratchFolder);
-/// Tells the others to end.
+/// Tells the others to end, and waits until they do.
 void endMpiWorkers(int size);
 
 }  // namespace controller

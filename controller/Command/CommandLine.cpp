@@ -77,7 +77,8 @@ void addGoalOptions(CLI::App& run, RunOptions& options) {
 }
 
 void addWorkOptions(CLI::App& run, RunOptions& options) {
-  run.add_option("-j,--jobs", options.jobs, "Simulators at a time; as many as there are processors unless told")
+  run.add_option("-j,--jobs", options.jobs,
+                 "Simulators at a time; as many as there are processors unless told, under MPI one a process")
       ->check(CLI::Range(std::int64_t{1}, std::int64_t{1024}));
   run.add_option("--time-limit", options.timeLimit, "Stop after this time: 90, 90s, 5m, 2h");
   run.add_option(

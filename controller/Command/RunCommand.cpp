@@ -10,7 +10,6 @@
 #include <filesystem>
 #include <map>
 #include <sstream>
-#include <thread>
 
 #include "Cluster/Cluster.h"
 #include "Command/Progress.h"
@@ -258,9 +257,7 @@ int runStudy(const RunOptions& options, const std::string& commandLine) {
   const std::int64_t session = store->beginSession(record);
   store->commit();
 
-  const std::size_t processors = std::max(1U, std::thread::hardware_concurrency());
-  const auto executor =
-      makeExecutor(options.jobs > 0 ? static_cast<std::size_t>(options.jobs) : processors, scratchPath(folder));
+  const auto executor = makeExecutor(static_cast<std::size_t>(options.jobs), scratchPath(folder));
   StudyRun run(*store, *executor, simulator, goal, limits);
   StopReason reason{};
   {

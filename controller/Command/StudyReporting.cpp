@@ -38,21 +38,24 @@ NamedValues provenanceOf(StudyStore& store) {
   for (std::size_t i = 0; i < study.experiments.size(); ++i) {
     const auto number = static_cast<std::int64_t>(i);
     if (store.hasUnit(number, 0)) {
-      provenance.emplace_back(fmt::format("Unit 0 of \"{}\"", study.experiments[i].name), store.unitRecord(number, 0).command);
+      provenance.emplace_back(fmt::format("Unit 0 of \"{}\"", study.experiments[i].name),
+                              store.unitRecord(number, 0).command);
     }
   }
   for (const SessionRecord& session : store.sessions()) {
-    provenance.emplace_back(fmt::format("Run of {}", session.started),
-                            fmt::format("{} on {} (quorva {}), to {}: {}", session.command, session.host, session.version,
-                                        session.ended.empty() ? "an end that it could not tell of" : session.ended,
-                                        session.stopReason.empty() ? "none told" : session.stopReason));
+    provenance.emplace_back(
+        fmt::format("Run of {}", session.started),
+        fmt::format("{} on {} (quorva {}), to {}: {}", session.command, session.host, session.version,
+                    session.ended.empty() ? "an end that it could not tell of" : session.ended,
+                    session.stopReason.empty() ? "none told" : session.stopReason));
   }
   return provenance;
 }
 
 std::string lastStopReason(StudyStore& store) {
   const auto sessions = store.sessions();
-  return sessions.empty() || sessions.back().stopReason.empty() ? "under way, or broken off" : sessions.back().stopReason;
+  return sessions.empty() || sessions.back().stopReason.empty() ? "under way, or broken off"
+                                                                : sessions.back().stopReason;
 }
 
 }  // namespace
@@ -67,7 +70,8 @@ void writeReport(StudyStore& store, const StudyGoal& goal, const std::string& pa
     for (const std::int32_t variable : empty.variables()) {
       headings.push_back({goal.nameOf(variable), "", std::nullopt});
     }
-    const std::size_t place = builder.addExperiment(experiment.name, valuesOf(experiment.overrides), std::move(headings));
+    const std::size_t place =
+        builder.addExperiment(experiment.name, valuesOf(experiment.overrides), std::move(headings));
     const ExperimentStanding standing =
         standingOf(store, i, goal, [&](const ExperimentStanding& now, const UnitObservations& unit) {
           const auto observations = now.observationsOf(unit);
@@ -90,11 +94,13 @@ std::string tableOfEstimates(const StudyIdentity& study, const std::vector<Exper
     const ExperimentStanding& standing = standings[i];
     table += fmt::format("Experiment \"{}\": {}, {} units. {}\n", study.experiments[i].name, nameOf(standing.verdict()),
                          standing.units(), standing.rule().word());
-    table += fmt::format("  {:<24} {:>12} {:>14} {:>12} {:>12}\n", "variable", "batches", "mean", "half-width", "wanted");
+    table +=
+        fmt::format("  {:<24} {:>12} {:>14} {:>12} {:>12}\n", "variable", "batches", "mean", "half-width", "wanted");
     for (std::size_t variable = 0; variable < standing.variables().size(); ++variable) {
       const Estimate estimate = standing.rule().estimate(variable);
-      table += fmt::format("  {:<24} {:>12} {:>14.6g} {:>12.3g} {:>12.3g}\n", standing.rule().variableNames()[variable],
-                           estimate.count, estimate.mean, estimate.halfWidth, standing.rule().wantedHalfWidth(variable));
+      table +=
+          fmt::format("  {:<24} {:>12} {:>14.6g} {:>12.3g} {:>12.3g}\n", standing.rule().variableNames()[variable],
+                      estimate.count, estimate.mean, estimate.halfWidth, standing.rule().wantedHalfWidth(variable));
     }
     for (const std::string& remark : standing.remarks()) {
       table += fmt::format("  {}\n", remark);

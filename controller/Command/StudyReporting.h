@@ -13,6 +13,7 @@ namespace controller {
 void writeReport(StudyStore& store, const StudyGoal& goal, const std::string& path);
 
 /// A table of the estimates for people, with the verdict of each experiment.
-[[nodiscard]] std::string tableOfEstimates(const StudyIdentity& study, const std::vector<ExperimentStanding>& standings);
+[[nodiscard]] std::string tableOfEstimates(const StudyIdentity& study,
+                                           const std::vector<ExperimentStanding>& standings);
 
 }  // namespace controller

@@ -172,7 +172,7 @@ void ChildProcess::becomeSimulator(const RunRequest& request, int outFd, int err
   words.insert(words.end(), request.arguments.begin(), request.arguments.end());
   words.insert(words.end(), {"-b", kResultFile});
   if (request.wantsTrace) {
-    words.insert(words.end(), {"-f", kTraceBase, "-m"});
+    words.insert(words.end(), {"-f", kTraceBase, "-m", "-l", "4"});
   }
   std::vector<char*> pointers;
   for (std::string& word : words) {

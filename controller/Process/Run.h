@@ -15,7 +15,7 @@ struct RunRequest {
   double timeLimitSeconds = 0;                             ///< of wall time; 0 for none
   int cpuLimitSeconds = 0;                                 ///< of processor time; 0 for none
   std::int64_t greatestFileBytes = std::int64_t{1} << 30;  ///< of a file that the run writes; more ends it
-  bool wantsTrace = false;                                 ///< whether the run writes a text trace, to be brought along
+  bool wantsTrace = false;  ///< whether the run writes a text trace with all states, to be brought along
 };
 
 /// How a run came to its end.

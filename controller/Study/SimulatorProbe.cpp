@@ -141,7 +141,7 @@ void SimulatorProbe::refuseUnknownName(const std::string& name, const RunOutcome
   std::istringstream lines(outcome.err);
   for (std::string line; std::getline(lines, line);) {
     if (line.find(name) != std::string::npos) {
-      throw SimulatorRefusal(fmt::format("the simulator knows no global variable {}; its words: {}", name, line));
+      throw UsageError(fmt::format("the simulator knows no global variable {}; its words: {}", name, line));
     }
   }
 }
