@@ -51,8 +51,8 @@ CASES = [
     Case("machine-repair", 1, 6, (50, 200, 1000), 301, "cost of [0, 10]"),
     Case("multiprocessor", 0, 1, (50, 200, 1000), 401, "hours until the site fails"),
     Case("philosophers", 0, 2, (50, 200, 1000), 501, "time to deadlock"),
-    Case("tandem", 1, 1, (200, 300, 400), 601, "0/1: has stopped", times=10),
-    Case("multiprocessor", 2, 0, (200, 300, 400), 701, "0/1: the site has failed", times=10),
+    Case("tandem", 1, 1, (400, 500), 601, "0/1: has stopped", times=10),
+    Case("multiprocessor", 2, 0, (400, 500), 701, "0/1: the site has failed", times=10),
 ]
 
 

@@ -29,13 +29,13 @@ class Distribution {
   /// (R. J. Hyndman and Y. Fan, Sample quantiles in statistical packages, 1996, type 1). NaN without observations.
   [[nodiscard]] double quantile(double probability);
 
-  /// Up to kMostBars bars for single values, where there are no more of them; else some kBins bins of the same round
-  /// width, over the observations between the 0.1 % and the 99.9 % quantile, or over all if that isn't much more.
+  /// Up to kMostBars bars for single values, where there are no more of them; else up to kBins bins, or two more, of the
+  /// same round width, over the observations between the 0.1 % and the 99.9 % quantile, or over all if that isn't much more.
   [[nodiscard]] std::vector<HistogramBin> histogram();
 
  private:
   static constexpr std::size_t kMostBars = 25;
-  static constexpr int kBins = 30;
+  static constexpr int kBins = 40;
 
   void addOne(double observation);
   [[nodiscard]] std::int64_t countBelow(double value);

@@ -104,13 +104,13 @@ void writeExperiments(const StudyReport& report, std::ostream& out) {
     return;
   }
   out << "<section>\n<h2>Experiments</h2>\n<div class=\"scroll\"><table>\n<thead><tr><th>Experiment</th>"
-      << "<th class=\"text\">Values</th><th class=\"text\">Precision</th><th>Batches</th></tr></thead>\n<tbody>\n";
+      << "<th class=\"text\">Precision</th><th>Batches</th><th class=\"text\">Values</th></tr></thead>\n<tbody>\n";
   for (std::size_t number = 0; number < report.experiments.size(); ++number) {
     const ExperimentReport& experiment = report.experiments[number];
     out << fmt::format("<tr><th scope=\"row\" class=\"wrap\"><a href=\"#experiment-{}\">{}</a></th>", number + 1,
                        escaped(experiment.name))
-        << "<td class=\"text long\">" << escaped(valuesInWords(experiment.values)) << "</td><td class=\"text\">"
-        << badge(experiment.verdict) << "</td><td>" << grouped(batchesOf(experiment)) << "</td></tr>\n";
+        << "<td class=\"text\">" << badge(experiment.verdict) << "</td><td>" << grouped(batchesOf(experiment))
+        << "</td><td class=\"text long\">" << escaped(valuesInWords(experiment.values)) << "</td></tr>\n";
   }
   out << "</tbody>\n</table></div>\n</section>\n";
 }
@@ -179,13 +179,11 @@ double quantileOf(const VariableReport& variable, double probability) {
 
 void writeRow(const VariableReport& variable, std::ostream& out) {
   const Estimate& estimate = variable.estimate;
-  out << "<tr><th scope=\"row\" class=\"wrap\">" << escaped(variable.name) << "</th>"
-      << cell(estimate.mean, estimate.halfWidth) << "<td>"
-      << numberInWords(estimate.halfWidth, estimate.halfWidth / 100.0) << "</td><td>"
-      << numberInWords(variable.wantedHalfWidth, variable.wantedHalfWidth / 100.0) << "</td><td class=\"text\">"
-      << badge(variable.verdict) << "</td>" << cell(estimate.lower, estimate.halfWidth)
-      << cell(estimate.upper, estimate.halfWidth) << "<td>" << grouped(estimate.count) << "</td>"
-      << cell(estimate.minimum);
+  out << "<tr><th scope=\"row\" class=\"wrap\">" << escaped(variable.name) << "</th><td class=\"text\">"
+      << badge(variable.verdict) << "</td>" << cell(estimate.mean, estimate.halfWidth)
+      << cell(estimate.halfWidth, estimate.halfWidth) << cell(variable.wantedHalfWidth, variable.wantedHalfWidth)
+      << cell(estimate.lower, estimate.halfWidth) << cell(estimate.upper, estimate.halfWidth) << "<td>"
+      << grouped(estimate.count) << "</td>" << cell(estimate.minimum);
   for (const double probability : kColumns) {
     out << cell(quantileOf(variable, probability));
   }
@@ -194,8 +192,9 @@ void writeRow(const VariableReport& variable, std::ostream& out) {
 }
 
 void writeTable(const ExperimentReport& experiment, const Goal& goal, std::ostream& out) {
-  out << "<div class=\"scroll\"><table>\n<thead><tr><th>Variable</th><th>Mean</th><th>Half-width</th><th>Wanted</th>"
-      << "<th class=\"text\">Precision</th><th>Interval from</th><th>to</th><th>Batches</th><th>Minimum</th>";
+  out << "<div class=\"scroll\"><table>\n<thead><tr><th>Variable</th><th class=\"text\">Precision</th>"
+      << "<th>Mean</th><th>Half-width</th><th>Wanted</th><th>Interval "
+         "from</th><th>to</th><th>Batches</th><th>Minimum</th>";
   for (const double probability : kColumns) {
     out << "<th>" << percent(probability) << "</th>";
   }
@@ -223,7 +222,7 @@ void writeFigure(const std::string& plot, const std::string& caption, std::ostre
 void writePlots(const VariableReport& variable, const Goal& goal, std::ostream& out) {
   out << "<article class=\"card\">\n<h3>" << escaped(variable.name) << "</h3>\n";
   if (variable.verdict != kReached && !variable.word.empty()) {
-    out << "<p class=\"soft\">" << escaped(variable.name) << ' ' << escaped(variable.word) << "</p>\n";
+    out << "<p class=\"soft\">It " << escaped(variable.word) << "</p>\n";
   }
   const std::string convergence = convergencePlot(variable);
   const std::string histogram = histogramPlot(variable);

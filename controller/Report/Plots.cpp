@@ -28,7 +28,7 @@ class Range {
   [[nodiscard]] PlotAxis axis(std::string label) const {
     const double size = to_ - from_;
     const double magnitude = std::max(std::fabs(from_), std::fabs(to_));
-    const bool isPoint = !(size > magnitude * 1e-13);
+    const bool isPoint = !(size > magnitude * 1e-14);
     const double room = !isPoint ? 0.06 * size : magnitude > 0.0 ? 0.5 * magnitude : 1.0;
     PlotAxis axis;
     axis.from = from_ - room;
@@ -67,18 +67,23 @@ std::string convergencePlot(const VariableReport& variable) {
     if (!std::isfinite(point.mean) || !std::isfinite(point.lower) || !std::isfinite(point.upper)) {
       continue;
     }
+    if (point.count * 1000 < variable.estimate.count) {
+      continue;
+    }
     const auto count = static_cast<double>(point.count);
     means.push_back({count, point.mean});
     upper.push_back({count, point.upper});
     lower.push_back({count, point.lower});
     // The first intervals are far wider than those that matter.
-    if (point.count * 20 >= variable.estimate.count) {
+    if (point.count * 30 >= variable.estimate.count) {
       range.include(point.lower);
       range.include(point.upper);
     }
   }
-  range.include(last - wanted);
-  range.include(last + wanted);
+  if (wanted <= 5.0 * variable.estimate.halfWidth) {
+    range.include(last - wanted);
+    range.include(last + wanted);
+  }
   if (means.size() < 2 || !isDrawable(range)) {
     return "";
   }
@@ -113,8 +118,9 @@ std::string histogramPlot(const VariableReport& variable) {
   Range range;
   double greatest = 0.0;
   for (const HistogramBin& bin : bins) {
-    range.include(areValues ? bin.from - half : bin.from);
-    range.include(areValues ? bin.to + half : bin.to);
+    const double room = bins.size() == 1 ? 4.0 * half : half;
+    range.include(areValues ? bin.from - room : bin.from);
+    range.include(areValues ? bin.to + room : bin.to);
     greatest = std::max(greatest, static_cast<double>(bin.count));
   }
   if (!isDrawable(range)) {

@@ -41,11 +41,20 @@ std::string numberInWords(double number, double step) {
   if (std::isinf(number)) {
     return number > 0.0 ? "\u221e" : "\u2212\u221e";
   }
-  int digits = 6;
-  if (step > 0.0 && number != 0.0 && std::isfinite(step)) {
-    digits = std::clamp(static_cast<int>(std::ceil(std::log10(std::fabs(number) / step) + 1e-9)) + 1, 1, 17);
+  if (number == 0.0) {
+    return "0";
   }
-  return fmt::format("{:.{}g}", number == 0.0 ? 0.0 : number, digits);
+  if (!(step > 0.0) || !std::isfinite(step)) {
+    return fmt::format("{:.6g}", number);
+  }
+  const double magnitude = std::fabs(number);
+  const int digits = std::clamp(static_cast<int>(std::ceil(std::log10(magnitude / step) + 1e-9)) + 1, 1, 17);
+  const int decimals = std::max(static_cast<int>(std::ceil(-std::log10(step) - 1e-9)), 0);
+  const bool isShort = magnitude < 1e7 && decimals <= 7;
+  if (isShort || (magnitude >= 1.0 && digits > 6)) {
+    return fmt::format("{:.{}f}", number, isShort ? decimals : std::min(decimals, 7));
+  }
+  return fmt::format("{:.{}g}", number, digits);
 }
 
 }  // namespace controller

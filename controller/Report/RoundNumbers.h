@@ -13,7 +13,8 @@ namespace controller {
 /// The multiples of roundStep() between `from` and `to`, ascending.
 [[nodiscard]] std::vector<double> roundNumbers(double from, double to, int steps);
 
-/// A number for people: six digits, or as many as tell apart numbers that differ by `step`; "-" for NaN, "∞" for infinity.
+/// A number for people: six digits, or decimals down to the first of `step`, in which ticks or the digits that an interval
+/// tells of stand below each other; with a power of ten where that would be long. "–" for NaN, "∞" for infinity.
 [[nodiscard]] std::string numberInWords(double number, double step = 0.0);
 
 }  // namespace controller

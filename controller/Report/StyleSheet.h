@@ -49,13 +49,13 @@ td.text, th.text { text-align: left; }
 td.long { white-space: normal; overflow-wrap: anywhere; min-width: 12rem; }
 td.words { white-space: normal; min-width: 16rem; }
 tbody th { font-weight: 600; }
-tbody th.wrap { white-space: normal; overflow-wrap: anywhere; min-width: 7rem; max-width: 16rem; }
-.plots { display: grid; grid-template-columns: repeat(auto-fit, minmax(min(100%, 24rem), 1fr)); gap: 1rem; }
+tbody th.wrap { white-space: normal; overflow-wrap: break-word; min-width: 10rem; max-width: 18rem; }
+.plots { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(100%, 24rem), 1fr)); gap: 1rem; }
 .card { background: var(--card); border: 1px solid var(--rule); border-radius: 8px; padding: 0.9rem; min-width: 0; margin: 0 0 1rem; }
 figure { margin: 0; min-width: 0; }
 figcaption { font-size: 0.85rem; margin-top: 0.25rem; }
 details > summary { cursor: pointer; color: var(--c0); margin: 0.5rem 0; }
-.curve { max-width: 52rem; }
+.curve { max-width: 42rem; }
 .legend { display: flex; flex-wrap: wrap; gap: 0.25rem 1.25rem; list-style: none; padding: 0; margin: 0.5rem 0 0; font-size: 0.9rem; }
 .legend li { display: flex; align-items: center; gap: 0.5rem; overflow-wrap: anywhere; min-width: 0; }
 .legend svg { width: 28px; height: 10px; flex: none; }
@@ -74,6 +74,11 @@ svg .label { font-size: 11.5px; }
 .line.mark { stroke: var(--c1); stroke-width: 1.8; }
 .c0 { --c: var(--c0); } .c1 { --c: var(--c1); } .c2 { --c: var(--c2); } .c3 { --c: var(--c3); }
 .c4 { --c: var(--c4); } .c5 { --c: var(--c5); } .c6 { --c: var(--c6); } .c7 { --c: var(--c7); }
+@media (max-width: 36rem) {
+  tbody th.wrap { min-width: 6.5rem; max-width: 8rem; }
+  th, td { padding: 0.3rem 0.5rem; }
+  svg text, svg .label { font-size: 13.5px; }
+}
 @media print { details > *, details:not([open]) > * { display: block; } .card { break-inside: avoid; } }
 )css";
 

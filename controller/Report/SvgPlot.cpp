@@ -15,12 +15,12 @@ namespace controller {
 namespace {
 
 // In the drawing's own pixels, which are those of the page where the plot has its full width.
-constexpr double kWidth = 460.0;
-constexpr double kHeight = 250.0;
+constexpr double kWidth = 440.0;
+constexpr double kHeight = 240.0;
 constexpr double kRight = 14.0;
 constexpr double kTop = 10.0;
 constexpr double kBottom = 42.0;
-constexpr double kDigitWidth = 6.6;  // of the numbers' font
+constexpr double kDigitWidth = 7.2;  // of the numbers' font
 
 constexpr double kInnerHeight = kHeight - kTop - kBottom;
 
@@ -157,9 +157,12 @@ std::string SvgPlot::frame() const {
   }
   for (const double tick : horizontal_.ticks) {
     const double x = left_ + horizontal(tick);
+    const std::string number = tickText(horizontal_, tick);
+    // A long number at the end would be cut off there.
+    const double middle = std::min(x, kWidth - kDigitWidth * static_cast<double>(number.size()) / 2.0);
     text += fmt::format("<path class=\"axis\" d=\"M{:.1f} {:.1f}v4\"/>", x, bottom);
-    text += fmt::format("<text class=\"tick\" x=\"{:.1f}\" y=\"{:.1f}\" text-anchor=\"middle\">{}</text>\n", x,
-                        bottom + 16.0, tickText(horizontal_, tick));
+    text += fmt::format("<text class=\"tick\" x=\"{:.1f}\" y=\"{:.1f}\" text-anchor=\"middle\">{}</text>\n", middle,
+                        bottom + 16.0, number);
   }
   text += fmt::format("<path class=\"axis\" d=\"M{:.1f} {:.1f}H{:.1f}\"/>\n", left_, bottom, right);
   text += fmt::format("<text class=\"label\" x=\"{:.1f}\" y=\"{:.1f}\" text-anchor=\"middle\">{}</text>\n",
