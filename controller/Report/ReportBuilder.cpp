@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cassert>
+#include <charconv>
+#include <cmath>
+#include <system_error>
 #include <utility>
 
 #include "Report/Distribution.h"
@@ -64,6 +67,22 @@ std::vector<ConvergencePoint> convergenceOf(const VariableStream& stream, double
 }
 
 }  // namespace
+
+VariableHeading headingOf(const std::string& name) {
+  VariableHeading heading{name, "", std::nullopt};
+  const std::size_t mark = name.rfind('@');
+  if (mark == std::string::npos || mark == 0) {
+    return heading;
+  }
+  const char* const end = name.data() + name.size();
+  double time = 0.0;
+  const auto [behind, error] = std::from_chars(name.data() + mark + 1, end, time);
+  if (error == std::errc() && behind == end && std::isfinite(time)) {
+    heading.group = name.substr(0, mark);
+    heading.stopTime = time;
+  }
+  return heading;
+}
 
 struct ReportBuilder::ExperimentStream {
   std::vector<VariableHeading> headings;

@@ -18,6 +18,10 @@ struct VariableHeading {
   std::optional<double> stopTime;  ///< as in VariableReport
 };
 
+/// The heading of a variable whose name tells its stop time: "out@99.5" is that of the group "out" at 99.5. A name without
+/// "@", without a number behind its last one, or without anything ahead of it, has neither.
+[[nodiscard]] VariableHeading headingOf(const std::string& name);
+
 /// Fills a StudyReport from observations that stream by.
 ///
 /// Order     the observations of one variable are added in the order of units; variables and experiments may take turns

@@ -136,6 +136,19 @@ TEST(ReportBuilderTest, ObservationsThatAreNoNumbersAreToldAndCountedOutside) {
   EXPECT_EQ(report.experiments[0].verdict, "unfinished");
 }
 
+TEST(ReportBuilderTest, ANameTellsItsStopTimeBehindAnAt) {
+  const auto partsOf = [](const std::string& name) {
+    const VariableHeading heading = headingOf(name);
+    EXPECT_EQ(heading.name, name);
+    return std::pair(heading.group, heading.stopTime.value_or(-1.0));
+  };
+  EXPECT_EQ(partsOf("out@99.5"), std::pair(std::string("out"), 99.5));
+  EXPECT_EQ(partsOf("a@b@1e3"), std::pair(std::string("a@b"), 1000.0));
+  for (const char* name : {"out", "@5", "out@", "out@x", "out@5s", "out@ 5", "out@inf", "out@nan", ""}) {
+    EXPECT_EQ(partsOf(name), std::pair(std::string(), -1.0)) << name;
+  }
+}
+
 TEST(ReportBuilderTest, RefusesAGoalThatHasNoMeaning) {
   EXPECT_THROW(ReportBuilder("", {.precision = -1.0}), std::invalid_argument);
 }
