@@ -38,6 +38,7 @@ class Case:
     sizes: tuple
     seed: int
     what: str
+    steady: bool = False
     times: int = 1  # as many studies of a fixed size as --studies asks for
 
     @property
@@ -51,6 +52,7 @@ CASES = [
     Case("machine-repair", 1, 6, (50, 200, 1000), 301, "cost of [0, 10]"),
     Case("multiprocessor", 0, 1, (50, 200, 1000), 401, "hours until the site fails"),
     Case("philosophers", 0, 2, (50, 200, 1000), 501, "time to deadlock"),
+    Case("tandem", 3, 3, (50, 200), 801, "steady state: customers, batch means", steady=True),
     Case("tandem", 1, 1, (400, 500), 601, "0/1: has stopped", times=10),
     Case("multiprocessor", 2, 0, (400, 500), 701, "0/1: the site has failed", times=10),
 ]
@@ -61,7 +63,7 @@ def known_value(case):
     sys.path.insert(0, str(VALUES))
     runs = runpy.run_path(str(VALUES / f"{case.model}.py"))["RUNS"]
     for run in runs:
-        if run.experiment == case.experiment and not run.steady and not run.overrides:
+        if run.experiment == case.experiment and bool(run.steady) == case.steady and not run.overrides:
             return run.values[case.variable].mean
     raise SystemExit(f"no known value of {case.name}")
 
@@ -93,6 +95,7 @@ def stream(case, binaries, out):
         try:
             while True:
                 command = [binaries / case.model, f"-e{case.experiment}", f"-N{BATCHES_OF_A_RUN}", "-r2", f"-s{seed}"]
+                command += ["-t0"] if case.steady else []
                 subprocess.run(command + ["-b", results], check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
                 out.write(observations(results, case.variable).tobytes())
                 out.flush()
