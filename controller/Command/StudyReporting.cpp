@@ -68,7 +68,7 @@ void writeReport(StudyStore& store, const StudyGoal& goal, const std::string& pa
     std::vector<VariableHeading> headings;
     const ExperimentStanding empty(study, experiment, goal);
     for (const std::int32_t variable : empty.variables()) {
-      headings.push_back({goal.nameOf(variable), "", std::nullopt});
+      headings.push_back(headingOf(goal.nameOf(variable)));
     }
     const std::size_t place =
         builder.addExperiment(experiment.name, valuesOf(experiment.overrides), std::move(headings));
