@@ -1,4 +1,4 @@
-# What `cmake --install` puts in place: the railway and its man page; for models of others the engine's headers (which
+# What `cmake --install` puts in place: the railway and the controlling program with their man pages and completion; for models of others the engine's headers (which
 # quorva_layer installs), its archives, and the CMake package Quorva.
 include(CMakePackageConfigHelpers)
 
@@ -44,5 +44,15 @@ install(FILES
 install(TARGETS railway RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 configure_file(docs/railway.1.in "${PROJECT_BINARY_DIR}/railway.1" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/railway.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+if(TARGET quorva_program)
+  install(TARGETS quorva_program RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+  configure_file(docs/quorva.1.in "${PROJECT_BINARY_DIR}/quorva.1" @ONLY)
+  install(FILES "${PROJECT_BINARY_DIR}/quorva.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+  # The program itself knows its options.
+  install(CODE [[
+    file(MAKE_DIRECTORY "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/share/bash-completion/completions")
+    execute_process(COMMAND "$<TARGET_FILE:quorva_program>" completion bash COMMAND_ERROR_IS_FATAL ANY
+      OUTPUT_FILE "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/share/bash-completion/completions/quorva")]])
+endif()
 install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 install(DIRECTORY docs DESTINATION "${CMAKE_INSTALL_DOCDIR}" FILES_MATCHING PATTERN "*.md" PATTERN "*.dtd" PATTERN "*.xml")

@@ -9,8 +9,9 @@ models of what can happen, how long it takes and what is worth measuring. A
 run repeats a model in batches, and gives the same observations, bit for bit,
 for the same command line.
 .
-This package holds the simulator railway, trains on a moving-block line, with
-its man page; and the engine as a static library with its headers and a CMake
+This package holds the simulator railway, trains on a moving-block line;
+quorva, which runs simulators to a wanted precision and reports the results;
+man pages of both; and the engine as a static library with its headers and a CMake
 package, to make simulators of models of one's own.")
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)

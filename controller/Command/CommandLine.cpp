@@ -47,7 +47,7 @@ void addStudyOptions(CLI::App& run, RunOptions& options) {
   run.add_option("--generator", options.generator, "lagged-fibonacci, tausworthe or mersenne-twister")
       ->capture_default_str();
   run.add_option("--unit-batches", options.batchesPerUnit,
-                 "Batches in a unit, the work of one simulator process: 1000, in steady state 100 unless told")
+                 "Batches in a unit, the work of one simulator process; by what a batch takes unless told")
       ->check(CLI::Range(std::int64_t{1}, std::int64_t{10'000'000}));
   run.add_option("-o,--out", options.out, "Folder of the study; quorva-<simulator> unless told");
 }

@@ -25,7 +25,7 @@ struct RunOptions {
   std::int64_t jobs = 0;  // 0 for as many as there are processors
   std::uint64_t seed = 1;
   std::string generator = "mersenne-twister";
-  std::int64_t batchesPerUnit = 0;  // 0 for the mode's own
+  std::int64_t batchesPerUnit = 0;  // 0 for what is useful
   std::int64_t attempts = 5;
   std::string variables;
   std::int64_t warmUp = 0;

@@ -26,8 +26,6 @@
 namespace controller {
 namespace {
 
-constexpr std::int64_t kTerminatingUnit = 1000;
-constexpr std::int64_t kSteadyUnit = 100;
 constexpr int kSignalBase = 128;
 
 std::int32_t generatorOf(const std::string& name) {
@@ -47,9 +45,7 @@ StudyIdentity setUpOf(const RunOptions& options, const std::string& simulator) {
   study.isTerminating = options.mode == "terminating";
   study.generator = generatorOf(options.generator);
   study.seed = options.seed;
-  study.batchesPerUnit = options.batchesPerUnit != 0 ? options.batchesPerUnit
-                         : study.isTerminating       ? kTerminatingUnit
-                                                     : kSteadyUnit;
+  study.batchesPerUnit = options.batchesPerUnit;
   return study;
 }
 
@@ -169,6 +165,9 @@ std::unique_ptr<StudyStore> obtainStore(const RunOptions& options, const std::st
   std::unique_ptr<StudyStore> store;
   if (std::filesystem::exists(path)) {
     store = std::make_unique<StudyStore>(path, Database::Access::Write);
+    if (study.batchesPerUnit == 0) {
+      study.batchesPerUnit = store->identity().batchesPerUnit;
+    }
     StudyIdentity asked = study;  // what costs no run is compared first
     asked.experiments = store->identity().experiments;
     if (const std::string difference = differenceOf(store->identity(), asked); !difference.empty()) {
@@ -180,6 +179,7 @@ std::unique_ptr<StudyStore> obtainStore(const RunOptions& options, const std::st
   findExperiments(options, probe, store ? &store->identity() : nullptr, study);
   requireVariables(study, goal);
   if (!store) {
+    study.batchesPerUnit = study.batchesPerUnit != 0 ? study.batchesPerUnit : probe.usefulUnit();
     StudyStore::create(path, study);
     store = std::make_unique<StudyStore>(path, Database::Access::Write);
   }

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -26,7 +27,16 @@ constexpr std::size_t kGreatestWord = 128;  // that a simulator takes on its com
 constexpr double kProbeSeconds = 600;       // of wall time
 constexpr int kTrialSeconds = 30;           // of processor time, for a run whose values may make it endless
 constexpr std::int64_t kGreatestProbeFile = 64 << 20;
+constexpr std::int64_t kActionsOfAUnit = 5'000'000;
+constexpr int kAttempts = 20;  // at a run that somebody kills
 constexpr std::uint32_t kProbeSeed = 20261;
+
+/// By a signal that a run does not bring upon itself.
+bool isKilledFromOutside(const RunOutcome& outcome) {
+  constexpr std::array<int, 4> kFromOutside = {SIGKILL, SIGTERM, SIGINT, SIGHUP};
+  return outcome.end == RunEnd::Killed &&
+         std::find(kFromOutside.begin(), kFromOutside.end(), outcome.number) != kFromOutside.end();
+}
 
 std::optional<std::int32_t> asInteger(const std::string& text) {
   std::int32_t value = 0;
@@ -92,6 +102,10 @@ RunOutcome SimulatorProbe::run(const std::vector<std::string>& arguments, int cp
   request.wantsTrace = wantsTrace;
   request.greatestFileBytes = kGreatestProbeFile;
   RunOutcome outcome = runAlone(request, scratchFolder_);
+  for (int attempt = 1; isKilledFromOutside(outcome) && attempt < kAttempts && SignalPipe::stopSignal() == 0;
+       ++attempt) {
+    outcome = runAlone(request, scratchFolder_);
+  }
   if (SignalPipe::stopSignal() != 0) {
     throw SimulatorRefusal("stopped by a signal");
   }
@@ -245,6 +259,10 @@ std::vector<std::int32_t> SimulatorProbe::variablesOf(const Experiment& experime
     const UnitObservations unit =
         readResultFile(outcome.resultFile, {kProbeSeed, setUp_.generator, experiment.number, isTerminating, 1});
     version_ = unit.simulatorVersion;
+    static const std::regex kActions("Actions fired: ([0-9]{1,10})");
+    if (std::smatch found; isAsked && std::regex_search(outcome.out, found, kActions)) {
+      actionsOfABatch_ = std::max<std::int64_t>({actionsOfABatch_, 1, std::stoll(found[1].str())});
+    }
     std::vector<std::int32_t> variables;
     for (const VariableObservations& row : unit.variables) {
       variables.push_back(row.variable);
@@ -259,6 +277,24 @@ std::vector<std::int32_t> SimulatorProbe::variablesOf(const Experiment& experime
   const std::string text = lastWords(outcome);
   throw SimulatorRefusal(fmt::format("the simulator cannot run experiment \"{}\": {}{}", experiment.name, fault,
                                      text.empty() ? "" : "; its last words:\n" + text));
+}
+
+std::int64_t SimulatorProbe::usefulUnit() const {
+  const std::int64_t least = setUp_.isTerminating ? 10 : 100;
+  const std::int64_t greatest = setUp_.isTerminating ? 100'000 : 10'000;
+  if (actionsOfABatch_ == 0) {
+    return setUp_.isTerminating ? 1000 : 100;
+  }
+  // A round number: 1, 2 or 5 with zeros behind.
+  std::int64_t unit = least;
+  for (std::int64_t power = 1; power <= greatest; power *= 10) {
+    for (const std::int64_t digit : {1, 2, 5}) {
+      if (digit * power * actionsOfABatch_ <= kActionsOfAUnit && digit * power <= greatest) {
+        unit = std::max(unit, digit * power);
+      }
+    }
+  }
+  return unit;
 }
 
 void SimulatorProbe::describe(Experiment& experiment) {

@@ -44,6 +44,9 @@ class SimulatorProbe {
   void describe(Experiment& experiment);
 
   [[nodiscard]] const std::string& simulatorVersion() const { return version_; }
+  /// Batches that fire some millions of actions together, in the heaviest experiment described so far: enough for the start
+  /// of a process to be next to nothing beside them. It follows from the model alone, and not from the machine's speed.
+  [[nodiscard]] std::int64_t usefulUnit() const;
 
  private:
   /// All that tells two runs apart, but for times and for the overrides themselves.
@@ -64,6 +67,7 @@ class SimulatorProbe {
   std::string scratchFolder_;
   StudyIdentity setUp_;
   std::string version_;
+  std::int64_t actionsOfABatch_ = 0;  // 0 where no run has told
 };
 
 /// The override string of a point, as option -O has it. Throws UsageError where it is longer than a simulator takes.

@@ -102,7 +102,8 @@ class DebianPackage(PackageCase):
             *(f"{library}/cmake/Quorva/{name}.cmake" for name in (
                 "QuorvaConfig", "QuorvaConfigVersion", "QuorvaTargets", "QuorvaTargets-release", "QuorvaAddSimulator"))})
         self.assertEqual({name for name in files if not name.startswith(("include/", "lib/", "share/doc/"))},
-                         {"bin/railway", "share/man/man1/railway.1.gz"})
+                         {"bin/railway", "share/man/man1/railway.1.gz", "bin/quorva", "share/man/man1/quorva.1.gz",
+                          "share/bash-completion/completions/quorva"})
         self.assertLessEqual({f"share/doc/quorva/{name}" for name in ("copyright", "changelog.gz", "README.md")}, files)
         self.assertEqual([folder.name for folder in self.scratch.root.iterdir()], ["usr"])
 
@@ -124,6 +125,17 @@ class DebianPackage(PackageCase):
             runs.append(file.read_bytes())
         self.assertEqual(*runs)
         self.assertIn(b"#META_DATA,BATCHES=50", runs[0])
+
+
+    def test_its_quorva_runs_a_study_of_its_railway(self):
+        study = self.scratch.folder / "study"
+        out = run(self.scratch.root / "usr/bin/quorva", "run", self.scratch.root / "usr/bin/railway", "--set",
+                  "netNotDeliveryProb=0.8", "--absolute", "-p", "0.05", "-o", study)
+        self.assertEqual(out.splitlines()[-1], f"Report: {study}/report.html")
+        # Of 19 reports none is answered: each has a chance of 1 in 25.
+        row = next(line.split(",") for line in run(self.scratch.root / "usr/bin/quorva", "export", study).splitlines()
+                   if line.startswith("0 netNotDeliveryProb=0.8,10,"))
+        self.assertLess(abs(float(row[5]) - 0.96 ** 19), 0.05)
 
 
 class BuildMachine(PackageCase):
