@@ -6,6 +6,8 @@
 #include <map>
 #include <string_view>
 
+#include "Process/ByteOrder.h"
+
 namespace controller {
 namespace {
 
@@ -95,8 +97,11 @@ void readRecord(Reader& reader, std::size_t endOfMessage, Rows& rows) {
                        room));
   }
   std::vector<double>& values = rows[static_cast<std::int32_t>(variable)];
-  for (std::uint64_t i = 0; i < count; ++i) {
-    values.push_back(std::bit_cast<double>(reader.number(kDoubleBytes)));
+  const auto bytes = reader.take(static_cast<std::size_t>(count) * kDoubleBytes);
+  const std::size_t before = values.size();
+  values.resize(before + static_cast<std::size_t>(count));
+  for (std::size_t i = 0; i < count; ++i) {
+    values[before + i] = std::bit_cast<double>(readEight<std::endian::big>(bytes.data() + i * kDoubleBytes));
   }
 }
 

@@ -63,6 +63,9 @@ void ObservationSummary::addOne(double observation) noexcept {
   maximum_ = std::max(maximum_, observation);
 
   const double difference = observation - first_;
+  if (difference == 0.0) {
+    return;  // as it is for every one of a variable that never varies; it adds nothing to any sum
+  }
   DoubleDouble square = exactProduct(difference, difference);
   DoubleDouble cube = exactProduct(square.high, difference);
   cube.low += square.low * difference;

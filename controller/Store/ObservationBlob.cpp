@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <stdexcept>
 
+#include "Process/ByteOrder.h"
+
 namespace controller {
 namespace {
 
@@ -17,18 +19,8 @@ std::uint64_t bitsOf(double value) {
   return std::bit_cast<std::uint64_t>(value);
 }
 
-void append(std::vector<std::byte>& bytes, std::uint64_t number) {
-  for (unsigned shift = 0; shift < 64; shift += 8) {
-    bytes.push_back(static_cast<std::byte>(number >> shift & 0xffU));
-  }
-}
-
 std::uint64_t numberAt(std::span<const std::byte> bytes, std::size_t place) {
-  std::uint64_t number = 0;
-  for (std::size_t i = kDoubleBytes; i-- > 0;) {
-    number = number << 8 | std::to_integer<std::uint64_t>(bytes[place + i]);
-  }
-  return number;
+  return readEight<std::endian::little>(bytes.data() + place);
 }
 
 bool isByte(double value) {
@@ -49,22 +41,18 @@ Form formOf(std::span<const double> observations) {
 
 std::vector<std::byte> packObservations(std::span<const double> observations) {
   const Form form = formOf(observations);
-  std::vector<std::byte> bytes = {static_cast<std::byte>(form)};
-  append(bytes, observations.size());
-  switch (form) {
-    case Form::Constant:
-      append(bytes, bitsOf(observations.front()));
-      break;
-    case Form::Bytes:
-      for (const double value : observations) {
-        bytes.push_back(static_cast<std::byte>(static_cast<unsigned char>(value)));
-      }
-      break;
-    case Form::Doubles:
-      bytes.reserve(kHeadBytes + kDoubleBytes * observations.size());
-      for (const double value : observations) {
-        append(bytes, bitsOf(value));
-      }
+  const std::size_t width = form == Form::Bytes ? 1 : kDoubleBytes;
+  const std::size_t count = form == Form::Constant ? 1 : observations.size();
+  std::vector<std::byte> bytes(kHeadBytes + width * count);
+  bytes[0] = static_cast<std::byte>(form);
+  writeEight<std::endian::little>(bytes.data() + 1, observations.size());
+  std::byte* place = bytes.data() + kHeadBytes;
+  for (std::size_t i = 0; i < count; ++i, place += width) {
+    if (form == Form::Bytes) {
+      *place = static_cast<std::byte>(static_cast<unsigned char>(observations[i]));
+    } else {
+      writeEight<std::endian::little>(place, bitsOf(observations[i]));
+    }
   }
   return bytes;
 }
@@ -84,18 +72,14 @@ std::vector<double> unpackObservations(std::span<const std::byte> bytes) {
   if (!hasItsSize) {
     refuse();
   }
-  std::vector<double> observations(static_cast<std::size_t>(count));
-  for (std::size_t i = 0; i < observations.size(); ++i) {
-    switch (form) {
-      case Form::Constant:
-        observations[i] = std::bit_cast<double>(numberAt(rest, 0));
-        break;
-      case Form::Bytes:
-        observations[i] = static_cast<double>(static_cast<unsigned char>(rest[i]));
-        break;
-      case Form::Doubles:
-        observations[i] = std::bit_cast<double>(numberAt(rest, kDoubleBytes * i));
-    }
+  const auto size = static_cast<std::size_t>(count);
+  if (form == Form::Constant) {
+    return std::vector<double>(size, std::bit_cast<double>(numberAt(rest, 0)));
+  }
+  std::vector<double> observations(size);
+  for (std::size_t i = 0; i < size; ++i) {
+    observations[i] = form == Form::Bytes ? static_cast<double>(static_cast<unsigned char>(rest[i]))
+                                          : std::bit_cast<double>(numberAt(rest, kDoubleBytes * i));
   }
   return observations;
 }
