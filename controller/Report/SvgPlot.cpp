@@ -32,7 +32,9 @@ double stepOf(const std::vector<double>& numbers) {
 std::vector<double> logarithmicTicks(double from, double to) {
   std::vector<double> ticks;
   const bool areFew = std::log10(to / from) < 2.5;
-  for (double power = std::pow(10.0, std::floor(std::log10(from))); power <= to; power *= 10.0) {
+  const auto last = static_cast<int>(std::floor(std::log10(to)));
+  for (auto exponent = static_cast<int>(std::floor(std::log10(from))); exponent <= last; ++exponent) {
+    const double power = std::pow(10.0, exponent);
     for (const double factor : {1.0, 2.0, 5.0}) {
       const double tick = factor * power;
       if ((factor == 1.0 || areFew) && tick >= from && tick <= to) {

@@ -184,7 +184,9 @@ std::int64_t SteadyStateDiagnosis::recommendedBatchLength() const {
   }
   std::int64_t length = batchLength_ << level;
   if (isCorrelated(levels_[level])) {
-    for (double rest = correlation(levels_[level]); rest > kCorrelationAllowed; rest /= 2.0) {
+    double rest = correlation(levels_[level]);
+    while (rest > kCorrelationAllowed) {
+      rest /= 2.0;
       length *= 2;
     }
   }
