@@ -44,6 +44,10 @@ if(QUORVA_SANITIZE)
   target_link_options(project_options INTERFACE -fsanitize=${QUORVA_SANITIZE})
 endif()
 
+if(QUORVA_FUZZ)
+  target_compile_options(project_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 if(QUORVA_COVERAGE)
   target_compile_options(project_options INTERFACE --coverage)
   target_link_options(project_options INTERFACE --coverage)
