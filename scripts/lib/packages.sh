@@ -65,6 +65,14 @@ need_to_count_coverage() {
   need_command gcovr gcovr
 }
 
+# need_to_fuzz: clang++ with libFuzzer on top of what testing takes. A clang++ without its runtime has the command alone.
+need_to_fuzz() {
+  need_to_test
+  need_command clang++ clang
+  compgen -G '/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-*.a' > /dev/null ||
+    missing_packages+=(libclang-rt-dev)
+}
+
 # Wine without its wrappers, which would want the 32-bit one too.
 wine=/usr/lib/wine/wine64
 wine_server=/usr/lib/wine/wineserver64

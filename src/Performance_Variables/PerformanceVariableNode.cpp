@@ -276,7 +276,8 @@ void PerformanceVariableNode::GetNumberOfImpulseWorkers() {
 
 void PerformanceVariableNode::CreateModelGroupList() {
   int repetitionNumber = NumberOfWorkers;
-  ModelList = new ModelGroupClass[static_cast<std::size_t>(NumberOfWorkers)];
+  // An array of none would be a block that nothing points into, which looks lost when a run ends in an error.
+  ModelList = NumberOfWorkers > 0 ? new ModelGroupClass[static_cast<std::size_t>(NumberOfWorkers)] : nullptr;
   for (int worker = 0; worker < NumberOfWorkers; ++worker) {
     ModelList[worker].CreateModelList(NumberOfModelNames);
   }
