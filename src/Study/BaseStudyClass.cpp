@@ -68,13 +68,20 @@ T scanInteger(const std::string& text) {
 }
 
 /// Whether a scan would have read on behind a number that ends at `rest`, and then have failed: a scan takes the start
-/// of an exponent as a part of the number, while the conversions of the library step back before it.
+/// of an exponent as a part of the number, and that of "infinity" beyond "inf", while the conversions of the library step
+/// back before it.
 bool isCutShort(std::string_view number, std::string_view rest) {
   if (number.empty() || rest.empty()) {
     return false;
   }
-  const bool isHexadecimal = number.find_first_of("xX") != std::string_view::npos;
-  return std::string_view(isHexadecimal ? "pP" : "eE").find(rest.front()) != std::string_view::npos;
+  const auto goesOnWith = [&](std::string_view letters) {
+    return letters.find(rest.front()) != std::string_view::npos;
+  };
+  if (number.find_first_of("nN") != std::string_view::npos) {  // an infinity, or no number: neither has an exponent
+    return (number.back() == 'f' || number.back() == 'F') && goesOnWith("iI");
+  }
+  const std::string_view exponent = number.find_first_of("xX") != std::string_view::npos ? "pP" : "eE";
+  return goesOnWith(exponent) && number.find_first_of(exponent) == std::string_view::npos;
 }
 
 /// A floating-point number as "%lf" and "%f" read it; 0 stands for a text that is no number, and an infinity for one

@@ -290,6 +290,19 @@ TEST_F(OverrideGVsTest, AValueThatDoesNotParseIsZeroAndNotReported) {
   EXPECT_EQ(doubleAfter("1e"), 0.0);     // a scan fails in the middle of an exponent
   EXPECT_EQ(doubleAfter("0x1p+"), 0.0);  // likewise
   EXPECT_EQ(floatAfter("1e+"), 0.0F);
+  EXPECT_EQ(doubleAfter("infinit"), 0.0);  // nor does it step back out of a longer word
+}
+
+TEST_F(OverrideGVsTest, ANumberEndsBehindItsOneExponent) {
+  EXPECT_EQ(doubleAfter("1e3e3"), 1000.0);
+  EXPECT_EQ(floatAfter("2E1e"), 20.0F);
+  EXPECT_EQ(doubleAfter("0x1p3p"), 8.0);
+}
+
+TEST_F(OverrideGVsTest, AnInfinityHasNoExponentThatCouldBreakOff) {
+  EXPECT_EQ(doubleAfter("infe1"), std::numeric_limits<double>::infinity());
+  EXPECT_EQ(doubleAfter("-infinityE"), -std::numeric_limits<double>::infinity());
+  EXPECT_TRUE(std::isnan(doubleAfter("nane5")));
 }
 
 TEST_F(OverrideGVsTest, ANarrowerLetterLeavesTheRestOfTheValueZero) {
