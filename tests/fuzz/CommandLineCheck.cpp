@@ -1,6 +1,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -279,7 +280,11 @@ std::string runTwoBatchesApart(const Words& words) {
     _exit(0);
   }
   int status = 0;
-  if (child < 0 || waitpid(child, &status, 0) != child) {
+  int ended = -1;
+  do {
+    ended = waitpid(child, &status, 0);
+  } while (ended == -1 && errno == EINTR);  // libFuzzer has a timer that interrupts
+  if (child < 0 || ended != child) {
     return "no process for a run with traces";
   }
   return status == 0 ? "" : "a run with traces ended with wait status " + std::to_string(status);
