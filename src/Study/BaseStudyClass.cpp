@@ -68,8 +68,8 @@ T scanInteger(const std::string& text) {
 }
 
 /// Whether a scan would have read on behind a number that ends at `rest`, and then have failed: a scan takes the start
-/// of an exponent as a part of the number, and that of "infinity" beyond "inf", while the conversions of the library step
-/// back before it.
+/// of an exponent as a part of the number, that of "infinity" beyond "inf" and that of a hexadecimal number, while the
+/// conversions of the library step back before it.
 bool isCutShort(std::string_view number, std::string_view rest) {
   if (number.empty() || rest.empty()) {
     return false;
@@ -79,6 +79,9 @@ bool isCutShort(std::string_view number, std::string_view rest) {
   };
   if (number.find_first_of("nN") != std::string_view::npos) {  // an infinity, or no number: neither has an exponent
     return (number.back() == 'f' || number.back() == 'F') && goesOnWith("iI");
+  }
+  if (number.substr(number.find_first_not_of(" \t\n\v\f\r+-")) == "0" && goesOnWith("xX")) {
+    return true;
   }
   const std::string_view exponent = number.find_first_of("xX") != std::string_view::npos ? "pP" : "eE";
   return goesOnWith(exponent) && number.find_first_of(exponent) == std::string_view::npos;

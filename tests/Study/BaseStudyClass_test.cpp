@@ -291,6 +291,9 @@ TEST_F(OverrideGVsTest, AValueThatDoesNotParseIsZeroAndNotReported) {
   EXPECT_EQ(doubleAfter("0x1p+"), 0.0);  // likewise
   EXPECT_EQ(floatAfter("1e+"), 0.0F);
   EXPECT_EQ(doubleAfter("infinit"), 0.0);  // nor does it step back out of a longer word
+  EXPECT_EQ(doubleAfter("-0xg"), 0.0);
+  EXPECT_FALSE(std::signbit(doubleAfter("-0xg")));
+  EXPECT_TRUE(std::signbit(doubleAfter("-0")));
 }
 
 TEST_F(OverrideGVsTest, ANumberEndsBehindItsOneExponent) {
