@@ -4,17 +4,11 @@
 #include <string>
 #include <vector>
 
+#include "fuzz/FlatModel.h"
 #include "fuzz/ModelRecipe.h"
 #include "fuzz/Trajectory.h"
 
 namespace fuzz {
-
-/// An atomic model of the tree: its recipe and where its cells and activities are in the whole model.
-struct Instance {
-  const LeafRecipe* leaf;  // borrowed from the recipe
-  int firstCell;
-  int firstActivity;
-};
 
 /// What the plain interpreter makes of a model.
 struct PlainRun {
