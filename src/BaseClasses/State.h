@@ -2,9 +2,8 @@
 
 #include <cstdio>
 
+class BaseComposerClass;
 class BaseModelClass;
-class Join;
-class Rep;
 class SANModel;
 
 /// A saved part of a marking.
@@ -43,7 +42,6 @@ class State {
 
  private:
   // The models save into and restore from a State that they made themselves.
-  friend class Join;
-  friend class Rep;
+  friend class BaseComposerClass;
   friend class SANModel;
 };

@@ -11,6 +11,7 @@
 #include "BaseClasses/BaseGroupClass.h"
 #include "BaseClasses/DebugLines.h"
 #include "BaseClasses/OwnedText.h"
+#include "BaseClasses/State.h"
 
 namespace {
 
@@ -250,6 +251,27 @@ int BaseComposerClass::SharedStateSize() {
     }
   }
   return sum;
+}
+
+int BaseComposerClass::GetNumberOfChildren() {
+  return NumModels;
+}
+
+bool BaseComposerClass::HasLocalState() {
+  return SharedStateSize() > 0;
+}
+
+void BaseComposerClass::GetLocalState(State* state) {
+  state->GetState(this);
+}
+
+void BaseComposerClass::SetLocalState(const State* state) {
+  // Handing the saved bytes to the model changes nothing in the State.
+  const_cast<State*>(state)->SetState(this);
+}
+
+void BaseComposerClass::DestructLocalState(State* state) {
+  delete state;
 }
 
 unsigned int BaseComposerClass::Hash(const char* Key, int hash_size) {

@@ -56,6 +56,13 @@ class BaseComposerClass : public BaseModelClass {
   /// The variables that are the same as TheVar, a shared variable of this composer or one below; null for any other.
   SharedStateVarLink* getListOfSharedVariables(BaseStateVariableClass* TheVar) override;
 
+  int GetNumberOfChildren() override;
+  /// Whether any variable shared at this level is stored here, which is all the state that a composer has of its own.
+  bool HasLocalState() override;
+  void GetLocalState(State* state) override;
+  void SetLocalState(const State* state) override;
+  void DestructLocalState(State* state) override;
+
   [[nodiscard]] BaseModelClass** getModelArray() const { return ModelArray; }
   [[nodiscard]] int getNumModels() const { return NumModels; }
 

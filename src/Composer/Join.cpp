@@ -130,10 +130,6 @@ BaseModelClass::ModelType Join::GetModelType() {
   return JoinModel;
 }
 
-int Join::GetNumberOfChildren() {
-  return NumModels;
-}
-
 BaseModelClass* Join::GetChild(int i) {
   support::requireRuntime(i < GetNumberOfChildren(), "i < GetNumberOfChildren()");
   return ModelArray[i];
@@ -147,23 +143,6 @@ void Join::GetGlobalActions(base_action_list_t& /*actions*/) {
   support::requireRuntime(false, "false");
 }
 
-bool Join::HasLocalState() {
-  return SharedStateSize() > 0;
-}
-
-void Join::GetLocalState(State* state) {
-  state->GetState(this);
-}
-
-void Join::SetLocalState(const State* state) {
-  // Handing the saved bytes to the model changes nothing in the State.
-  const_cast<State*>(state)->SetState(this);
-}
-
 void Join::ConstructLocalState(State*& state) {
   state = new LocalState(this);
-}
-
-void Join::DestructLocalState(State* state) {
-  delete state;
 }

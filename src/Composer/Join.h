@@ -39,17 +39,11 @@ class Join : public BaseComposerClass {
   int StateSize() override;
 
   BaseModelClass::ModelType GetModelType() override;
-  int GetNumberOfChildren() override;
   BaseModelClass* GetChild(int i) override;
   /// Not answered for a composed model: ends the process.
   void GetLocalActions(base_action_list_t& actions) override;
   void GetGlobalActions(base_action_list_t& actions) override;
-  /// Whether any variable shared at this level is stored here.
-  bool HasLocalState() override;
-  void GetLocalState(State* state) override;
-  void SetLocalState(const State* state) override;
   void ConstructLocalState(State*& state) override;
-  void DestructLocalState(State* state) override;
 
   std::int32_t ActionNameTableSize = 0;             // four times the number of distinct action names
   const char** ActionNameHashTable = nullptr;       // owned array; the texts belong to the actions; null is a free slot

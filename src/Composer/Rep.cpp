@@ -155,12 +155,7 @@ void Rep::SetState(void* NewState) {
     replica->SetState(setStateIndex);
     setStateIndex += SubmodelStateSize;
   }
-  for (BaseStateVariableClass* const variable : sharedVariables()) {
-    if (variable->getStored()) {
-      variable->SetState(setStateIndex);
-      setStateIndex += variable->StateSize();
-    }
-  }
+  setStateIndex = SetSharedState(setStateIndex);
 }
 
 char* Rep::SetSharedState(char* Address) {
@@ -177,10 +172,6 @@ BaseModelClass::ModelType Rep::GetModelType() {
   return RepModel;
 }
 
-int Rep::GetNumberOfChildren() {
-  return NumModels;
-}
-
 BaseModelClass* Rep::GetChild(int i) {
   support::requireRuntime(i < GetNumberOfChildren(), "i < GetNumberOfChildren()");
   return ModelArray[i];
@@ -194,23 +185,6 @@ void Rep::GetGlobalActions(base_action_list_t& /*actions*/) {
   support::requireRuntime(false, "false");
 }
 
-bool Rep::HasLocalState() {
-  return SharedStateSize() > 0;
-}
-
-void Rep::GetLocalState(State* state) {
-  state->GetState(this);
-}
-
-void Rep::SetLocalState(const State* state) {
-  // Handing the saved bytes to the model changes nothing in the State.
-  const_cast<State*>(state)->SetState(this);
-}
-
 void Rep::ConstructLocalState(State*& state) {
   state = new LocalState(this);
-}
-
-void Rep::DestructLocalState(State* state) {
-  delete state;
 }

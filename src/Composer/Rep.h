@@ -37,17 +37,11 @@ class Rep : public BaseComposerClass {
   int StateSize() override;
 
   BaseModelClass::ModelType GetModelType() override;
-  int GetNumberOfChildren() override;
   BaseModelClass* GetChild(int i) override;
   /// Not answered for a composed model: ends the process.
   void GetLocalActions(base_action_list_t& actions) override;
   void GetGlobalActions(base_action_list_t& actions) override;
-  /// Whether any variable shared at this level is stored here.
-  bool HasLocalState() override;
-  void GetLocalState(State* state) override;
-  void SetLocalState(const State* state) override;
   void ConstructLocalState(State*& state) override;
-  void DestructLocalState(State* state) override;
 
   char* tempChar = nullptr;              // owned, 1 byte
   bool leftBit = false;                  // without use

@@ -8,6 +8,24 @@
 #include "BaseClasses/Assertions.h"
 #include "BaseClasses/BaseActionClass.h"
 
+namespace {
+
+/// Calls `visit` for each element with the place of its image. Each image is as long as that of element 0.
+template <typename Visit>
+void forEachImage(const BaseArrayStateVariable::field_list& fields, void* image, Visit visit) {
+  if (fields.empty()) {
+    return;
+  }
+  auto* place = static_cast<std::byte*>(image);
+  const int elementSize = fields.front()->StateSize();
+  for (BaseStateVariableClass* const element : fields) {
+    visit(*element, place);
+    place += elementSize;
+  }
+}
+
+}  // namespace
+
 BaseArrayStateVariable::BaseArrayStateVariable(const char* name, const char* prefix)
     : BaseStateVariableClass(name, prefix) {}
 
@@ -25,27 +43,11 @@ int BaseArrayStateVariable::StateSize() {
 }
 
 void BaseArrayStateVariable::SetState(void* image) {
-  if (fields.empty()) {
-    return;
-  }
-  auto* place = static_cast<std::byte*>(image);
-  const int elementSize = fields.front()->StateSize();
-  for (BaseStateVariableClass* const element : fields) {
-    element->SetState(place);
-    place += elementSize;
-  }
+  forEachImage(fields, image, [](BaseStateVariableClass& element, void* place) { element.SetState(place); });
 }
 
 void BaseArrayStateVariable::CurrentState(void* image) {
-  if (fields.empty()) {
-    return;
-  }
-  auto* place = static_cast<std::byte*>(image);
-  const int elementSize = fields.front()->StateSize();
-  for (BaseStateVariableClass* const element : fields) {
-    element->CurrentState(place);
-    place += elementSize;
-  }
+  forEachImage(fields, image, [](BaseStateVariableClass& element, void* place) { element.CurrentState(place); });
 }
 
 void BaseArrayStateVariable::share(BaseStateVariableClass* other) {
