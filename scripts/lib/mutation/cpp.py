@@ -171,8 +171,8 @@ class Source:
         return False
 
     def plain(self, start, end):
-        """The source from `start` to `end` in one line."""
-        return " ".join(self.text[start:end].split("\n"))
+        """The source from `start` to `end` in one line, without the indentation of lines."""
+        return re.sub(r"\s*\n\s*", " ", self.text[start:end])
 
     def has_directive(self, first, last):
         return any(token.kind == "directive" for token in self.tokens[first:last + 1])

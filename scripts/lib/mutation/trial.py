@@ -32,6 +32,7 @@ class Paths:
         self.top, self.work = top, work
         self.tree, self.build = work / "tree", work / "build"
         self.rejected, self.results, self.reached = (work / f"{name}.json" for name in ("rejected", "results", "reached"))
+        self.numbers = work / "numbers.json"
 
 
 def read_json(file, otherwise):
@@ -67,7 +68,7 @@ def project_files(top):
 
 
 class Collection:
-    """The mutants of a project: of each file a share, numbered from 1, without those that do not compile."""
+    """The mutants of a project: of each file a share, with numbers from 1 on, without those that do not compile."""
 
     def __init__(self, paths, folders, left_out, share, most_per_file):
         self.paths = paths
@@ -85,10 +86,15 @@ class Collection:
                                 key=lambda mutant: (mutant.start, mutant.end, mutant.key))
             self.sources[name] = source
             self.mutants += schemata.without_crossings(chosen)
-        for number, mutant in enumerate(self.mutants, start=1):
-            mutant.number = number
-        # After the numbering, so that the others keep their numbers and their files need not be built again.
         self.mutants = [mutant for mutant in self.mutants if mutant.key not in rejected]
+        self._number()
+
+    def _number(self):
+        """Gives the mutants their numbers, which they keep from run to run, so that files need not be built anew."""
+        numbers = read_json(self.paths.numbers, {})
+        for mutant in self.mutants:
+            mutant.number = numbers.setdefault(mutant.key, max(numbers.values(), default=0) + 1)
+        write_json(self.paths.numbers, numbers)
 
     def of_file(self, name):
         return [mutant for mutant in self.mutants if mutant.file == name]
