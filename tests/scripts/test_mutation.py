@@ -98,7 +98,7 @@ class Finding(unittest.TestCase):
         self.assertEqual([mutant.key for mutant in mutants_of(in_function(body))], [mutant.key for mutant in mutants_of(moved)])
 
     def test_twins_differ_in_their_identity(self):
-        keys = [mutant.key for mutant in mutants_of(in_function("go();\nn();\ngo();"))]
+        keys = [mutant.key for mutant in mutants_of(in_function("go();\nn();\ngo();\nn();\ngo();"))]
         self.assertEqual(len(keys), len(set(keys)))
 
     def test_the_choice_is_the_same_each_time_and_has_some_of_each_kind(self):

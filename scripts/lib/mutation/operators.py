@@ -75,7 +75,8 @@ class Finder:
             self._statements(run)
         twins = {}
         for mutant in self.found:
-            mutant.twin = twins[mutant.key] = twins.get(mutant.key, -1) + 1
+            like = mutant.key
+            mutant.twin = twins[like] = twins.get(like, -1) + 1
         return self.found
 
     def _places_off_limits(self):
