@@ -131,8 +131,8 @@ def write_tree(paths, collection):
     return headers
 
 
-def build(paths, collection, tell):
-    """Builds the tree, leaving out mutants that do not compile until the rest does."""
+def build(paths, collection, targets, tell):
+    """Builds the tree, or just the targets named, leaving out mutants that do not compile until the rest does."""
     tell(f"building with {len(collection.mutants)} mutants")
     headers = write_tree(paths, collection)
     while headers:  # first by themselves, as nearly everything is built anew for a header
@@ -147,7 +147,8 @@ def build(paths, collection, tell):
     if not (paths.build / "build.ninja").exists():
         configure(paths)
     while True:
-        done = subprocess.run(["cmake", "--build", str(paths.build), "-j", str(os.cpu_count()), "--", "-k", "0"],
+        wanted = ["--target", *targets] if targets else []
+        done = subprocess.run(["cmake", "--build", str(paths.build), "-j", str(os.cpu_count()), *wanted, "--", "-k", "0"],
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, env={**os.environ, "LC_ALL": "C"})
         (paths.work / "build.log").write_text(done.stdout)
         if done.returncode == 0:
