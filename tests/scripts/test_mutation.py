@@ -90,6 +90,7 @@ class Finding(unittest.TestCase):
                      "struct S {\n  virtual int f() = 0;\n};\n", "// n = 3;\n/* m = 4; */\n"):
             with self.subTest(text):
                 self.assertEqual([], mutants_of(text))
+        self.assertEqual([], mutants_of(in_function("#ifdef _WIN32\nopen();\nread();\n#endif").replace("  #", "#")))
         self.assertEqual(2, len(mutants_of("#ifdef _WIN32\n#else\nint n = 3;\n#endif\n")))
 
     def test_an_identity_outlives_lines_that_come_and_go(self):

@@ -212,6 +212,8 @@ class Finder:
                     after = self._with_token(first, last, i, STEPS[tokens[i].text])
                     self._add("step", "statement", first, last, text, after)
         for k in range(len(run) - 1):
+            if self._is_off_limits(tokens[run[k][0]].start):
+                continue
             if texts[k] != texts[k + 1] and not commute(texts[k], texts[k + 1]):
                 swapped = texts[:k] + [texts[k + 1], texts[k]] + texts[k + 2:]
                 self._add("order", "order", run[0][0], run[-1][1], f"{texts[k]} {texts[k + 1]}",
