@@ -30,7 +30,7 @@ CLOSING = set(OPENING.values())
 NOT_OPERANDS = {"return", "throw", "case", "else", "do", "goto", "co_return", "co_yield", "typename", "template"}
 CONTROL = {"if", "for", "while", "switch", "do", "else", "try", "catch", "return", "case", "default", "goto", "throw", "using",
            "typedef", "static_assert", "public", "private", "protected", "friend", "template", "namespace", "class", "struct",
-           "enum", "union", "static", "const", "constexpr", "auto", "extern", "inline", "virtual", "explicit", "typename"}
+           "enum", "union", "static", "const", "volatile", "constexpr", "auto", "extern", "inline", "virtual", "explicit", "typename"}
 LABELS = {"case", "default", "public", "private", "protected"}
 AHEAD_OF_STATEMENTS = {")", "]", "}", ";", ":", "else", "do", "try", "const", "noexcept", "override", "mutable", "final"}
 DECLARATION = re.compile(

@@ -177,7 +177,8 @@ def configure(paths):
 
 
 def mutants_in_errors(paths, collection, log):
-    """The mutants in the lines that the compiler complains of, or, where there is none, in those its notes point at."""
+    """The mutants in the lines that the compiler complains of; or, where there is none, in those its notes point at, and in
+    the definitions of constants that the line names, as a length of an array."""
     by_line = collections.defaultdict(list)
     for mutant in collection.mutants:
         source = collection.sources[mutant.file]
@@ -195,6 +196,11 @@ def mutants_in_errors(paths, collection, log):
             unexplained = not at(found)
         if found["kind"] != "note" or unexplained:
             faulty.update((mutant.key, mutant) for mutant in at(found))
+        if found["kind"] != "note" and unexplained and os.path.isfile(found["file"]):
+            line = pathlib.Path(found["file"]).read_text().splitlines()[int(found["line"]) - 1]
+            for word in set(re.findall(r"\w+", line)):
+                defines = re.compile(rf"\bconstexpr\b.*\b{word} = ")
+                faulty.update((mutant.key, mutant) for mutant in collection.mutants if defines.search(mutant.line_text))
     return list(faulty.values())
 
 
