@@ -194,7 +194,7 @@ class WholeRun(unittest.TestCase):
                 (top / name).parent.mkdir(exist_ok=True)
                 (top / name).write_text(textwrap.dedent(text).lstrip("\n"))
 
-            gap = "`value > limit` -> `value >= limit` in `return value > limit;`: SURVIVED 1 tests"
+            gap = "`value > limit` -> `value >= limit` in `return value > limit;`: SURVIVED 1 programs"
             done = self.run_tool(top)
             self.assertEqual(1, done.returncode, done.stdout + done.stderr)
             self.assertIn(f"Gaps: 1\n  2 src/limit.h:3: comparison: {gap}\n", done.stdout)
@@ -219,16 +219,23 @@ class WholeRun(unittest.TestCase):
 
 
 class Running(unittest.TestCase):
+    def ending(self, code, cpu_seconds=5):
+        return trial.run_process([sys.executable, "-c", code], ".", {}, 0, cpu_seconds, 60)
+
     def test_a_test_that_does_not_end_is_stopped(self):
-        test = trial.Test({"name": "Endless", "command": [sys.executable, "-c", "while True: pass"]})
-        self.assertEqual("endless", trial.run_test(test, 0, 1, 30)[0])
+        self.assertEqual("endless", self.ending("while True: pass", 1).verdict)
 
     def test_a_signal_is_told_from_a_failure(self):
-        def verdict(code):
-            return trial.run_test(trial.Test({"name": "Ends", "command": [sys.executable, "-c", code]}), 0, 5, 30)[0]
-        self.assertEqual("signal 6", verdict("import os; os.abort()"))
-        self.assertEqual("failed", verdict("raise SystemExit(3)"))
-        self.assertEqual("passed", verdict("pass"))
+        self.assertEqual("signal 6", self.ending("import os; os.abort()").verdict)
+        self.assertEqual("failed", self.ending("raise SystemExit(3)").verdict)
+        self.assertEqual("passed", self.ending("pass").verdict)
+
+    def test_a_program_of_tests_tells_which_failed_or_was_on_when_it_ended(self):
+        def failed(output):
+            return trial.Ending("failed", 0.0, 0.0, output).failed_tests()
+        self.assertEqual([], failed("[ RUN      ] A.One\n[       OK ] A.One (0 ms)\n"))
+        self.assertEqual(["A.Two"], failed("[ RUN      ] A.One\n[       OK ] A.One (0 ms)\n[ RUN      ] A.Two\nx\n"))
+        self.assertEqual(["A.One"], failed("[ RUN      ] A.One\nx\n[  FAILED  ] A.One, where x = 1 (0 ms)\n[  FAILED  ] A.One\n"))
 
 
 if __name__ == "__main__":

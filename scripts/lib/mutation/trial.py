@@ -2,6 +2,7 @@
 
 import collections
 import concurrent.futures
+import dataclasses
 import hashlib
 import json
 import os
@@ -205,7 +206,7 @@ def mutants_in_errors(paths, collection, log):
 
 
 class Test:
-    """One test as CTest knows it."""
+    """One test as CTest knows it, which is run in a process of its own."""
 
     def __init__(self, told):
         properties = {entry["name"]: entry["value"] for entry in told.get("properties", [])}
@@ -213,17 +214,43 @@ class Test:
         self.folder = properties.get("WORKING_DIRECTORY", ".")
         self.environment = dict(entry.split("=", 1) for entry in properties.get("ENVIRONMENT", []))
         self.is_slow = "slow" in properties.get("LABELS", [])
+        filters = [word for word in self.command if word.startswith("--gtest_filter=")]
+        self.gtest_name = filters[0].partition("=")[2] if filters else None
+
+
+class Program:
+    """The tests of one program of GoogleTest, which run in one process, or one test of another kind."""
+
+    def __init__(self, name, tests):
+        self.name, self.tests = name, {test.gtest_name: test for test in tests}
+        self.command, self.folder, self.environment = tests[0].command, tests[0].folder, tests[0].environment
+        self.is_gtest = tests[0].gtest_name is not None
+        self.is_slow = not self.is_gtest and tests[0].is_slow
+        self.left_out = []  # names of slow tests, and of those that fail without any mutant
         self.cpu = self.wall = 0.0
 
     def stamp(self):
-        """Tells one build of the test's program, and of the files in its environment, from another."""
+        """Tells one build of the program, and of the files in its environment, from another."""
         files = [word for word in [*self.command, *self.environment.values()] if os.path.isfile(word)]
         return hashlib.sha256("".join(f"{file} {os.stat(file).st_mtime_ns}\n" for file in files).encode()).hexdigest()
 
+    def command_without(self, names, *options):
+        if not self.is_gtest:
+            return self.command
+        return [self.command[0], *options, "--gtest_filter=-" + ":".join(names)]
 
-def tests_of(paths):
+    def limits(self):
+        """Seconds of the processor and of the wall after which a run with a mutant counts as endless."""
+        return int(3 + 5 * self.cpu), 15 + 8 * self.wall
+
+
+def programs_of(paths):
     told = subprocess.run(["ctest", "--show-only=json-v1"], cwd=paths.build, capture_output=True, text=True, check=True).stdout
-    return [test for test in map(Test, json.loads(told)["tests"]) if test.command]
+    groups = collections.defaultdict(list)
+    for test in map(Test, json.loads(told)["tests"]):
+        if test.command and os.path.exists(test.command[0]):
+            groups[os.path.basename(test.command[0]) if test.gtest_name else test.name].append(test)
+    return [Program(name, tests) for name, tests in groups.items()]
 
 
 def limited(cpu_seconds):
@@ -236,30 +263,45 @@ def limited(cpu_seconds):
     return limit
 
 
-def run_test(test, mutant_number, cpu_seconds, wall_seconds, reached_file=None):
-    """Runs one test in a folder of temporary files of its own. Gives how it ended: "passed", "failed", "signal <n>" or
-    "endless"; and the processor and wall seconds."""
-    with tempfile.TemporaryDirectory() as folder:
-        environment = {**os.environ, **test.environment, "QUORVA_MUTANT": str(mutant_number), "TMPDIR": folder}
+@dataclasses.dataclass
+class Ending:
+    """How a process ended: "passed", "failed", "signal <n>" or "endless"; and its processor and wall seconds and its output."""
+    verdict: str
+    cpu: float
+    wall: float
+    output: str
+
+    def failed_tests(self):
+        """Of a program of GoogleTest the tests that failed, or the one that was on when the process ended."""
+        failed = re.findall(r"^\[  FAILED  \] ([^\s,]+)", self.output, re.MULTILINE)
+        begun = re.findall(r"^\[ RUN      \] (\S+)", self.output, re.MULTILINE)
+        ended = re.findall(r"^\[(?:       OK|  FAILED |  SKIPPED) \] ([^\s,]+)", self.output, re.MULTILINE)
+        return list(dict.fromkeys(failed or [name for name in begun[-1:] if name not in ended]))
+
+
+def run_process(command, folder, environment, mutant_number, cpu_seconds, wall_seconds, reached_file=None):
+    """Runs a test with a mutant on, with a folder of its own for temporary files."""
+    with tempfile.TemporaryDirectory() as temporary, tempfile.TemporaryFile() as output:
+        environment = {**os.environ, **environment, "QUORVA_MUTANT": str(mutant_number), "TMPDIR": temporary}
         if reached_file:
             environment["QUORVA_MUTANTS_REACHED"] = str(reached_file)
         started = time.monotonic()
-        process = subprocess.Popen(test.command, cwd=test.folder, env=environment, stdin=subprocess.DEVNULL,
-                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True,
-                                   preexec_fn=limited(cpu_seconds))
+        process = subprocess.Popen(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=output,
+                                   stderr=subprocess.STDOUT, start_new_session=True, preexec_fn=limited(cpu_seconds))
         ended = threading.Timer(wall_seconds, kill_session, [process.pid])
         ended.start()
         _, status, usage = os.wait4(process.pid, 0)
         ended.cancel()
-        process.returncode = os.waitstatus_to_exitcode(status)
+        process.returncode = code = os.waitstatus_to_exitcode(status)
         kill_session(process.pid)  # what the test has left behind
         wall = time.monotonic() - started
-    code = process.returncode
-    if wall >= wall_seconds or code in (-signal.SIGXCPU,):
+        output.seek(0)
+        text = output.read(16 << 20).decode(errors="replace")
+    if wall >= wall_seconds or code == -signal.SIGXCPU:
         verdict = "endless"
     else:
         verdict = "passed" if code == 0 else f"signal {-code}" if code < 0 else "failed"
-    return verdict, usage.ru_utime + usage.ru_stime, wall
+    return Ending(verdict, usage.ru_utime + usage.ru_stime, wall, text)
 
 
 def kill_session(session):
@@ -270,75 +312,122 @@ def kill_session(session):
 
 
 class Baseline:
-    """Which mutants each test reaches, learnt from a run of it with no mutant on."""
+    """Which mutants each program of tests reaches, learnt from a run of it with no mutant on."""
 
-    SECONDS = 20  # a test that takes longer is not fast, whatever the machine
+    LONGEST = 300  # seconds of the processor, for all tests of a program
 
-    def __init__(self, paths, collection, fast_seconds, jobs, tell):
-        self.tests, self.reaching = [], collections.defaultdict(list)
-        self.failing, self.slow = [], []
+    def __init__(self, paths, collection, fast_seconds, only, jobs, tell):
+        self.fast_seconds = fast_seconds
+        self.programs, self.reaching = [], collections.defaultdict(list)
         known = read_json(paths.reached, {})
-        told = {}
-        listing = hashlib.sha256("".join(f"{mutant.number} {mutant.key}\n" for mutant in collection.mutants).encode()).hexdigest()
-        tests = tests_of(paths)
-        tell(f"learning what each of {len(tests)} tests reaches")
+        listing = "".join(f"{mutant.number} {mutant.key}\n" for mutant in collection.mutants)
+        self._listing = hashlib.sha256(listing.encode()).hexdigest()
+        programs = [program for program in programs_of(paths) if only is None or only.search(program.name)]
+        tell(f"learning what each of {len(programs)} programs and scripts of tests reaches")
         with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
-            for test, entry in zip(tests, pool.map(lambda test: self._entry(paths, test, known, listing), tests)):
-                told[test.name] = entry
-                test.cpu, test.wall = entry["cpu"], entry["wall"]
-                if entry["verdict"] == "failed" or entry["verdict"].startswith("signal"):
-                    self.failing.append(test)
-                elif entry["verdict"] == "endless" or test.cpu > fast_seconds or test.wall > 3 * fast_seconds:
-                    self.slow.append(test)
-                else:
-                    self.tests.append(test)
-                    for number in entry["reached"]:
-                        self.reaching[number].append(test)
-        write_json(paths.reached, told)
+            for program, entry in zip(programs, pool.map(lambda program: self._entry(paths, program, known), programs)):
+                if known.get(program.name) != entry:
+                    known[program.name] = entry
+                    write_json(paths.reached, known)  # at once, as a run that was stopped is to go on where it was
+                program.cpu, program.wall, program.left_out = entry["cpu"], entry["wall"], entry["left out"]
+                if entry["verdict"] != "passed":
+                    tell(f"{program.name} is left out: without a mutant it {entry['verdict']}")
+                    continue
+                for name in program.left_out:
+                    tell(f"{name} is left out: slow, or it fails without a mutant")
+                self.programs.append(program)
+                for number in entry["reached"]:
+                    self.reaching[number].append(program)
 
-    def _entry(self, paths, test, known, listing):
-        stamp = listing + test.stamp()
-        entry = known.get(test.name)
+    def _entry(self, paths, program, known):
+        stamp = self._listing + program.stamp()
+        entry = known.get(program.name)
         if entry and entry["stamp"] == stamp:
             return entry
-        if test.is_slow:
-            return {"stamp": stamp, "verdict": "endless", "cpu": 0.0, "wall": 0.0, "reached": []}
-        with tempfile.NamedTemporaryFile(dir=paths.work) as reached:
-            reached.truncate(1 << 20)
-            verdict, cpu, wall = run_test(test, 0, self.SECONDS, 3 * self.SECONDS, reached.name)
-            places = pathlib.Path(reached.name).read_bytes()
-        numbers = [number for number in range(1, len(places)) if places[number]]
-        return {"stamp": stamp, "verdict": verdict, "cpu": cpu, "wall": wall, "reached": numbers}
+        if program.is_slow:
+            return {"stamp": stamp, "verdict": "is slow", "cpu": 0.0, "wall": 0.0, "left out": [], "reached": []}
+        left_out, with_mutants = [], None
+        with tempfile.NamedTemporaryFile(dir=paths.work) as reached, tempfile.NamedTemporaryFile(dir=paths.work) as times:
+            for _ in range(2):  # a second time without the tests that the first one finds unfit
+                reached.truncate(0)
+                reached.truncate(1 << 20)
+                longest = self.LONGEST if program.is_gtest else 10 * self.fast_seconds
+                ending = run_process(program.command_without(left_out, f"--gtest_output=json:{times.name}"), program.folder,
+                                     program.environment, 0, int(longest), 5 * longest, reached.name)
+                with_mutants = pathlib.Path(reached.name).read_bytes()
+                unfit = self._unfit(program, ending, times.name)
+                if not unfit:
+                    break
+                left_out += unfit
+        verdict = {"passed": "passed", "failed": "fails"}.get(ending.verdict, "ends by " + ending.verdict)
+        if ending.verdict == "passed" and not program.is_gtest and ending.cpu > self.fast_seconds:
+            verdict = "is slow"
+        numbers = [number for number in range(1, len(with_mutants)) if with_mutants[number]]
+        return {"stamp": stamp, "verdict": verdict, "cpu": ending.cpu, "wall": ending.wall, "left out": left_out,
+                "reached": numbers}
+
+    def _unfit(self, program, ending, times):
+        """Names of the tests that failed or took too long. Their times are those of the wall, of which the processor worked
+        for this program during a part."""
+        if not program.is_gtest:
+            return []
+        unfit = ending.failed_tests()
+        try:
+            suites = json.loads(pathlib.Path(times).read_text())["testsuites"]
+        except (json.JSONDecodeError, KeyError):
+            return unfit
+        share = min(1.0, ending.cpu / ending.wall)
+        for suite in suites:
+            for test in suite["testsuite"]:
+                name = f"{suite['name']}.{test['name']}"
+                if float(test.get("time", "0s").rstrip("s")) * share > self.fast_seconds and name not in unfit:
+                    unfit.append(name)
+        return unfit
 
 
-def mirrored(test, mutant):
-    """Whether the test's program lies in the folder of tests that mirrors the mutant's."""
+def mirrored(program, mutant):
+    """Whether the program lies in the folder of tests that mirrors the mutant's."""
     folder = pathlib.PurePath(mutant.file).parent.relative_to("src").as_posix() if mutant.file.startswith("src/") else ""
-    return f"/tests/{folder}/" in test.command[0]
+    return f"/tests/{folder}/" in program.command[0]
 
 
 class Trial:
-    """Runs mutants, each against the tests that reach it, until the first that does not pass."""
+    """Runs mutants, each against the programs that reach it, until the first test that does not pass."""
 
     def __init__(self, baseline):
         self.baseline = baseline
-        self.catches = collections.Counter()  # by file and test: what caught one mutant of a file catches the next
+        self.catches = collections.Counter()  # by file and program: what caught one mutant of a file catches the next
 
     def order(self, mutant):
-        return sorted(self.baseline.reaching[mutant.number], key=lambda test: (
-            -self.catches[mutant.file, test.name], not mirrored(test, mutant), test.cpu + test.wall, test.name))
+        return sorted(self.baseline.reaching[mutant.number], key=lambda program: (
+            not mirrored(program, mutant), -self.catches[mutant.file, program.name], program.cpu, program.name))
 
-    def run(self, mutant, only=None):
+    def run(self, mutant):
         """Gives the mutant's result: "caught" with the test and how it ended, "survived", or "unreached"."""
-        tests = [test for test in self.order(mutant) if only is None or only.search(test.name)]
-        for test in tests:
-            limits = int(3 + 5 * test.cpu), 15 + 8 * test.wall
-            verdict, _, _ = run_test(test, mutant.number, *limits)
-            if verdict in ("passed", "endless"):
-                again = verdict
-            else:
-                again, _, _ = run_test(test, mutant.number, *limits)  # a test that fails now and then catches nothing
-            if again != "passed":
-                self.catches[mutant.file, test.name] += 1
-                return {"result": "caught", "test": test.name, "how": again}
-        return {"result": "survived" if tests else "unreached", "tests": len(tests)}
+        programs = self.order(mutant)
+        for program in programs:
+            for name, how in self.failures(program, mutant):
+                self.catches[mutant.file, program.name] += 1
+                return {"result": "caught", "test": name, "how": how}
+        return {"result": "survived" if programs else "unreached", "tests": len(programs)}
+
+    def failures(self, program, mutant):
+        """The tests of the program that catch the mutant, and how. A test that fails among others must fail alone, too, as
+        CTest runs it; and one that fails now and then catches nothing."""
+        left_out = list(program.left_out)
+        while True:
+            ending = run_process(program.command_without(left_out, "--gtest_fail_fast"), program.folder, program.environment,
+                                 mutant.number, *program.limits())
+            if ending.verdict == "passed":
+                return
+            names = [name for name in ending.failed_tests() if name in program.tests][:1] if program.is_gtest else [None]
+            if not names:
+                yield program.name, ending.verdict
+                return
+            test = program.tests[names[0]]
+            alone = run_process(test.command, test.folder, test.environment, mutant.number, *program.limits())
+            if alone.verdict != "passed":
+                yield test.name, alone.verdict
+            if not program.is_gtest:
+                return
+            left_out += names
