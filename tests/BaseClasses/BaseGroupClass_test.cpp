@@ -291,8 +291,12 @@ TEST_F(BaseGroupClassTest, CheckShowsCountAndArrayAboveDebugLevelOne) {
   add("a");
   std::ostringstream array;
   array << static_cast<const void*>(group.GroupArray);
-  const support::DebugLevelGuard guard(2);
-  EXPECT_EQ(standardOutputOf([&] { group.Check(); }), "** NumActions = 1\n** GroupArray  = " + array.str() + "\n");
+  const auto shownAtLevel = [&](int level) {
+    const support::DebugLevelGuard guard(level);
+    return standardOutputOf([&] { group.Check(); });
+  };
+  EXPECT_EQ(shownAtLevel(1), "");
+  EXPECT_EQ(shownAtLevel(2), "** NumActions = 1\n** GroupArray  = " + array.str() + "\n");
 }
 
 // Questions
@@ -585,6 +589,20 @@ class FickleLeaf : public ScriptedLeaf {
     return !isEnabled;
   }
 };
+
+/// Its weight is 1 while it may be chosen, else 0.
+class LeafThatKnowsItsDisabled : public ScriptedLeaf {
+ public:
+  using ScriptedLeaf::ScriptedLeaf;
+  double Weight() override { return Disabled ? 0.0 : 1.0; }
+};
+
+TEST_F(BaseGroupClassTest, TheFirstEnabledMemberIsNoLongerDisabledWhenItIsAskedForItsWeight) {
+  LeafThatKnowsItsDisabled leaf("leaf");
+  leaf.Disabled = true;
+  group.appendGroup(&leaf);
+  EXPECT_EQ(group.CalculateWeightDistribution(), 1.0);
+}
 
 TEST_F(BaseGroupClassTest, TheResultOfTheMembersOwnSelectionIsNotLookedAt) {
   FickleLeaf fickle("fickle");
