@@ -57,6 +57,7 @@ TEST(RepImageTest, TheLatterOfThePairMovesWhenTheFormerFitsBeforeTheNext) {
   EXPECT_THAT(sortedOnce({1, 3, 2}), ElementsAre(1, 2, 3));
   EXPECT_THAT(sortedOnce({1, 3, 2, 4}), ElementsAre(1, 2, 3, 4));
   EXPECT_THAT(sortedOnce({2, 3, 1}), ElementsAre(1, 2, 3));
+  EXPECT_THAT(sortedOnce({3, 5, 1, 7}), ElementsAre(1, 3, 5, 7));
 }
 
 TEST(RepImageTest, TheFormerOfThePairMovesWhenItIsAboveTheNextButOne) {

@@ -439,6 +439,10 @@ TEST(PVModelDestructTest, ASecondDestructDoesNothing) {
   EXPECT_EQ(model.Number_Of_Performance_Variables, 0);
   EXPECT_TRUE(model.RelevantNodes.empty());
   EXPECT_EQ(model.getActionList(), nullptr);
+  EXPECT_EQ(model.getNumActions(), 0);
+  EXPECT_EQ(model.getGroupList(), nullptr);
+  EXPECT_EQ(model.getNumGroups(), 0);
+  EXPECT_EQ(model.PVStateIndexLength, 0);
   model.Destruct();
 }
 

@@ -6,6 +6,7 @@
 #include "Performance_Variables/InstantOfTimeWorker.h"
 #include "Performance_Variables/IntervalOfTimeWorker.h"
 #include "Performance_Variables/RewardKit.h"
+#include "Performance_Variables/SteadyStateWorker.h"
 #include "Performance_Variables/TimeAveragedIntervalOfTimeWorker.h"
 #include "support/CapturedOutput.h"
 
@@ -97,6 +98,13 @@ TEST(RateRewardWorkerTest, ItsSlotsPointAtFieldsOfItsOwnUntilTheDerivedClassMove
   BaseModelClass* field = &second;
   worker.TheModelPtr[0] = &field;
   EXPECT_EQ(worker.Reward_Function(), 8.0);
+}
+
+TEST(RateRewardWorkerTest, AWorkerOfAnyKindHasNoModelsUnlessItIsGivenTheirNumber) {
+  EXPECT_EQ(ConstantWorker<InstantOfTimeWorker>(3.0, {0.0, 10.0}).NumModels, 0);
+  EXPECT_EQ(ConstantWorker<IntervalOfTimeWorker>(3.0, {0.0, 10.0}).NumModels, 0);
+  EXPECT_EQ(ConstantWorker<TimeAveragedIntervalOfTimeWorker>(3.0, {0.0, 10.0}).NumModels, 0);
+  EXPECT_EQ(ConstantWorker<SteadyStateWorker>(3.0, {0.0, 10.0}).NumModels, 0);
 }
 
 TEST(RateRewardWorkerTest, EveryKindAnswersTheCurrentRewardWithTheFunctionAndItsSquare) {

@@ -182,6 +182,14 @@ TEST_F(SimStepTest, AStepAccumulatesThenTracesThenFiresWithTheEventAlreadyGone) 
   EXPECT_FALSE(wasScheduled);
 }
 
+TEST_F(SimStepTest, AnActivityFindsTheTimeOfItsOwnFiring) {
+  double timeInFire = -1.0;
+  change = [&] { first->effect = [&] { timeInFire = BaseModelClass::LastActionTime; }; };
+  startBatch();
+  EXPECT_TRUE(simulator->SimStep());
+  EXPECT_EQ(timeInFire, 1.0);
+}
+
 TEST_F(SimStepTest, AGroupThatFiresAndStaysEnabledIsSampledAnewAtTheCurrentTime) {
   startBatch();
   first->delay = [] { return 0.25; };

@@ -241,7 +241,7 @@ class Program:
 
     def limits(self):
         """Seconds of the processor and of the wall after which a run with a mutant counts as endless."""
-        return int(3 + 5 * self.cpu), 15 + 8 * self.wall
+        return int(3 + 5 * self.cpu), 15 + 2 * self.wall
 
 
 def programs_of(paths):
