@@ -128,6 +128,24 @@ TEST_F(SimStepTest, ThePredicateIsAskedBeforeTheEventEntersTheList) {
   EXPECT_THAT(scheduled, ElementsAre(false, false)) << "at the first scheduling and after the firing";
 }
 
+/// Asked once for the list and twice when it is scheduled; the last answer is not looked at.
+TEST_F(SimStepTest, TheFirstSchedulingTakesTheFirstOfItsTwoAnswers) {
+  int asked = 0;
+  change = [&] { second->predicate = [&] { return ++asked != 3; }; };
+  start();
+  simulator->makeLoopObjects();
+  simulator->GenerateInitialEnabledList();
+  EXPECT_EQ(simulator->GenerateCompleteEventList(), 0);
+  EXPECT_EQ(asked, 3);
+  EXPECT_TRUE(isScheduled(*second));
+}
+
+TEST_F(SimStepTest, AGroupThatWasNeverScheduledHasNoPlaceInEitherList) {
+  const PAddress fresh;
+  EXPECT_EQ(fresh.event, nullptr);
+  EXPECT_TRUE(fresh.isReactNull());
+}
+
 TEST_F(SimStepTest, TheFirstSchedulingOfADisabledGroupAborts) {
   start();
   simulator->makeLoopObjects();
