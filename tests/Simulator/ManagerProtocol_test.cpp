@@ -428,6 +428,15 @@ TEST_F(ConnectedTest, ALostConnectionStopsTheRun) {
   EXPECT_EQ(stream.str(), "");
 }
 
+/// A send of no bytes gives 0, which is no success.
+TEST_F(ConnectedTest, ASendOfNothingCountsAsAFailedOne) {
+  SimulatorProbe& probe = startConnected(1);
+  double value = 1.0;
+  std::ostringstream stream;
+  EXPECT_EQ(probe.Output(simulatorSide, &stream, &value, 0), -1);
+  EXPECT_EQ(probe.SimControl, SimulatorClass::STOPHARD);
+}
+
 TEST_F(ConnectedTest, AShortSendCountsAsAWholeOne) {
   SimulatorProbe& probe = startConnected(1);
   const int size = 1;  // the system makes it its least
