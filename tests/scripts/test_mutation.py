@@ -75,6 +75,8 @@ class Finding(unittest.TestCase):
         self.assertEqual([("open(); read();", "read(); open();")], changes(in_function("open();\nread();"), "order"))
         self.assertEqual([], changes(in_function("a = 1;\nb = 2;"), "order"))
         self.assertEqual([("a = 1; b = a;", "b = a; a = 1;")], changes(in_function("a = 1;\nb = a;"), "order"))
+        self.assertEqual([], changes(in_function("a = 1;\nab = 2;"), "order"))
+        self.assertEqual([], changes(in_function("delete a;\ndelete[] b;"), "order"))
         self.assertEqual([], changes(in_function("go();\nint n = 0;\ngo();"), "order"))
 
     def test_a_choice_within_a_statement_does_not_end_it(self):
@@ -82,6 +84,11 @@ class Finding(unittest.TestCase):
 
     def test_a_flush_is_taken_away(self):
         self.assertEqual([("std::endl", "'\\n'")], changes(in_function("out << n << std::endl;"), "flush"))
+
+    def test_a_flush_of_standard_error_changes_nothing(self):
+        self.assertEqual([], changes(in_function("std::cerr << n\n    << std::endl;"), "flush"))
+        text = in_function("std::cerr << n;\nstd::cout << n << std::endl;")
+        self.assertEqual([("std::endl", "'\\n'")], changes(text, "flush"))
 
     def test_what_must_be_constant_or_is_not_built_is_left_alone(self):
         for text in ("static_assert(1 < 2);\n", "enum Kind { kOne = 1 };\n", "template <int n = 3>\nvoid f();\n",

@@ -184,8 +184,14 @@ class Finder:
                 self._add("negation", "value", first, last, condition, f"!({condition})")
         elif text in ("true", "false") and tokens[i - 1].text != "operator":
             self._add("constant", "value", i, i, text, "false" if text == "true" else "true")
-        elif text == "endl" and tokens[i - 1].text == "::":
+        elif text == "endl" and tokens[i - 1].text == "::" and not self._goes_to_standard_error(i):
             self._add("flush", "flush", i - 2, i, "std::endl", "'\\n'")
+
+    def _goes_to_standard_error(self, i):
+        """Whether the statement around token `i` writes to standard error, which holds nothing back in any case."""
+        tokens = self.source.tokens
+        first = max(j for j in range(i) if tokens[j].text in (";", "{", "}")) + 1
+        return any(token.text == "cerr" for token in tokens[first:i])
 
     def _literal(self, i):
         token, before = self.source.tokens[i], self.source.tokens[i - 1]
@@ -224,12 +230,18 @@ class Finder:
 
 
 def commute(first, second):
-    """Whether two statements are assignments without a call, neither of which names what the other assigns to."""
+    """Whether two statements give memory back, or are assignments without a call, neither of which names what the other
+    assigns to."""
+    if first.startswith("delete") and second.startswith("delete"):
+        return True
+
     def assigned(text):
         found = re.match(r"(\w+)(?:->\w+|\.\w+|\[[^\]]*\])* = ", text)
         return found and not re.search(r"\w\(|>\(", text) and re.match(r".*?(?= = )", text).group()
+    def names(text, place):
+        return re.search(rf"(?<!\w){re.escape(place)}(?!\w)", text)
     one, other = assigned(first), assigned(second)
-    return bool(one and other and one not in second and other not in first)
+    return bool(one and other and not names(second, one) and not names(first, other))
 
 
 def numbers_beside(text):
