@@ -11,9 +11,9 @@
 #include <cstdlib>
 #include <limits>
 #include <optional>
-#include <regex>
 #include <span>
 #include <sstream>
+#include <string_view>
 
 #include "Process/LocalExecutor.h"
 #include "Process/ResultFile.h"
@@ -43,6 +43,17 @@ std::optional<std::int32_t> asInteger(const std::string& text) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   const bool isAll = error == std::errc() && end == text.data() + text.size();
   return isAll ? std::optional(value) : std::nullopt;
+}
+
+/// The number from 0 to 999999999 that stands behind the words, where they stand first in a text.
+std::optional<std::int32_t> numberBehind(std::string_view words, std::string_view text) {
+  const std::size_t place = text.find(words);
+  if (place == std::string_view::npos) {
+    return std::nullopt;
+  }
+  const std::string_view rest = text.substr(place + words.size());
+  const std::string_view digits = rest.substr(0, rest.find_first_not_of("0123456789"));
+  return digits.size() > 9 ? std::nullopt : asInteger(std::string(digits));
 }
 
 std::optional<double> asDouble(const std::string& text) {
@@ -117,15 +128,14 @@ RunOutcome SimulatorProbe::run(const std::vector<std::string>& arguments, int cp
 
 std::int32_t SimulatorProbe::countOfExperiments() {
   const RunOutcome outcome = run({"-N", "1", "-e", "2147483647"}, 0, false);
-  std::smatch found;
-  static const std::regex kAnswer("the study's experiments are 0 to ([0-9]{1,9})");
-  if (outcome.end != RunEnd::Exited || outcome.number != 1 || !std::regex_search(outcome.err, found, kAnswer)) {
+  const auto last = numberBehind("the study's experiments are 0 to ", outcome.err);
+  if (outcome.end != RunEnd::Exited || outcome.number != 1 || !last) {
     const std::string words = lastWords(outcome);
     throw SimulatorRefusal(fmt::format("{} does not answer as a simulator does when asked for its experiments: it {}{}",
                                        simulator_, controller::describe(outcome),
                                        words.empty() ? " without a word" : "; its last words:\n" + words));
   }
-  return std::stoi(found[1].str()) + 1;
+  return *last + 1;
 }
 
 SimulatorProbe::Trial SimulatorProbe::tryOverride(const std::string& override, std::int32_t experiment,
@@ -259,9 +269,8 @@ std::vector<std::int32_t> SimulatorProbe::variablesOf(const Experiment& experime
     const UnitObservations unit =
         readResultFile(outcome.resultFile, {kProbeSeed, setUp_.generator, experiment.number, isTerminating, 1});
     version_ = unit.simulatorVersion;
-    static const std::regex kActions("Actions fired: ([0-9]{1,10})");
-    if (std::smatch found; isAsked && std::regex_search(outcome.out, found, kActions)) {
-      actionsOfABatch_ = std::max<std::int64_t>({actionsOfABatch_, 1, std::stoll(found[1].str())});
+    if (const auto actions = numberBehind("Actions fired: ", outcome.out); isAsked && actions) {
+      actionsOfABatch_ = std::max<std::int64_t>({actionsOfABatch_, 1, *actions});
     }
     std::vector<std::int32_t> variables;
     for (const VariableObservations& row : unit.variables) {
