@@ -89,19 +89,17 @@ require_good_runs() {
   done
 }
 
-# compare_recordings <name> <folder> <other>: tells of each file that differs. Status 1 if any does.
+# compare_recordings <name> <folder> <other>: tells which runs differ, and in which files. Status 1 if any does.
 compare_recordings() {
-  local differences
-  if differences=$(diff -rq -x stderr "$2" "$3"); then
-    say "same bytes in $(find "$2" -type f | wc -l) files: $1"
-    return 0
-  fi
-  say "DIFFERENT: $1"
-  local line number
-  while IFS= read -r line; do
-    number=$(grep -oE '/[0-9]+(/|: )' <<< "$line" | head -n 1 | tr -dc 0-9)
-    say "  $line"
-    [[ -z $number ]] || say "    run $number: ${runs[number - 1]}"
-  done <<< "$differences"
-  return 1
+  local number differences different=0
+  for number in $(seq "${#runs[@]}"); do
+    if ! differences=$(diff -rq -x stderr "$2/$number" "$3/$number"); then
+      ((different)) || say "DIFFERENT: $1"
+      different=1
+      say "  run $number: ${runs[number - 1]}"
+      say "    in $(sed -E 's/^Only in [^:]*: //; s#^Files .*/([^/]*) differ$#\1#' <<< "$differences" | xargs)"
+    fi
+  done
+  ((different)) || say "same bytes in $(find "$2" -type f | wc -l) files: $1"
+  return "$different"
 }
