@@ -53,7 +53,7 @@ MpiExecutor::MpiExecutor(int size, std::size_t jobs) : jobs_(jobs), load_(static
 
 MpiExecutor::~MpiExecutor() {
   while (!places_.empty()) {
-    cancel(places_.begin()->first);
+    MpiExecutor::cancel(places_.begin()->first);
   }
 }
 

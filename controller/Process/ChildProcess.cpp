@@ -175,6 +175,7 @@ void ChildProcess::becomeSimulator(const RunRequest& request, int outFd, int err
     words.insert(words.end(), {"-f", kTraceBase, "-m", "-l", "4"});
   }
   std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
   for (std::string& word : words) {
     pointers.push_back(word.data());
   }
