@@ -15,6 +15,7 @@ std::vector<std::int32_t> countedVariables(const Experiment& experiment, const S
 
 std::vector<std::string> namesOf(const std::vector<std::int32_t>& variables, const StudyGoal& goal) {
   std::vector<std::string> names;
+  names.reserve(variables.size());
   for (const std::int32_t variable : variables) {
     names.push_back(goal.nameOf(variable));
   }
