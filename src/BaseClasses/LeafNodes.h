@@ -12,7 +12,7 @@ template <typename Use>
 void forEachLeaf(BaseStateVariableClass& variable, Use use) {
   const std::unique_ptr<List<BaseStateVariableClass>> leaves(variable.getLeafNodes());
   for (int leaf = 0; leaf < leaves->getNumItems(); ++leaf) {
-    use(leaves->getItem(leaf));
+    use((*leaves)[leaf]);
   }
 }
 
