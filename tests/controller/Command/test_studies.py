@@ -8,7 +8,7 @@ import subprocess
 import unittest
 
 from fake_simulator import reward
-from quorva import MM1K, RAILWAY, QuorvaCase
+from quorva import MM1K, QUORVA, RAILWAY, QuorvaCase
 from seeds import unit_seed
 
 # One message in five is lost on each of the two ways; the train leaves if none of 19 reports is answered.
@@ -225,6 +225,44 @@ class Outputs(QuorvaCase):
             for word in self.call(command, "--help").stdout.split():
                 if word.startswith("--"):
                     self.assertIn(word.split(",")[0].strip(), page)
+
+
+class Progress(QuorvaCase):
+    # No number of batches is enough: the study goes on for its two seconds, in which a terminal is told of it.
+    ENDLESS = ("--set", "netNotDeliveryProb=0.8", "--absolute", "-p", "1e-9", "--unit-batches", 500, "--variables", "4=left",
+               "--time-limit", 2)
+
+    def test_a_terminal_sees_how_far_the_study_is_and_the_line_is_wiped_at_the_end(self):
+        leader, follower = os.openpty()
+        self.addCleanup(os.close, leader)
+        words = [QUORVA, "run", RAILWAY, *map(str, self.ENDLESS), "-o", "seen"]
+        with subprocess.Popen(words, stdout=subprocess.PIPE, stderr=follower, text=True, cwd=self.folder) as process:
+            os.close(follower)
+            seen = b""
+            while True:
+                try:
+                    piece = os.read(leader, 4096)
+                except OSError:  # what Linux makes of the end of a terminal
+                    break
+                if not piece:
+                    break
+                seen += piece
+            report = process.stdout.read()
+        self.assertEqual(process.returncode, 3)
+        self.assertRegex(seen.decode(), "0 of 1 experiments done, [0-9]+ batches run")
+        self.assertRegex(seen.decode(), 'batches, worst: left 0[.][0-9]+ ± [0-9.e-]+, wanted ± 1e-09; about .* left')
+        self.assertTrue(seen.endswith(b"\r\x1b[2K"), seen[-80:])
+        self.assertNotIn("experiments done", report)
+
+    def test_elsewhere_there_are_plain_lines_alone(self):
+        done = self.call("run", RAILWAY, *self.ENDLESS, "-o", "seen", status=3)
+        self.assertNotRegex(done.stderr + done.stdout, "[\r\x1b]")
+        for line in done.stderr.splitlines():
+            self.assertRegex(line, "^quorva: 0 of 1 experiments done, [0-9]+ batches run")
+
+    def test_quiet_is_silent(self):
+        done = self.call("run", RAILWAY, *self.ENDLESS, "-o", "seen", "-q", status=3)
+        self.assertEqual(done.stderr, "")
 
 
 if __name__ == "__main__":
