@@ -25,8 +25,12 @@ inline constexpr bool kTraceCalls = true;
 // would cost about as much as what it does. It comes in two forms: a watched step shows itself to the trace, to the debug
 // lines and to the check of arcs, and the other one, which asks for none of them, is what a run is made of.
 
+inline bool SimulatorClass::stepsAreTraced() const {
+  return kTraceCalls && trace->hasSinks();
+}
+
 inline bool SimulatorClass::step(Cursor cursor) {
-  return kTraceCalls && trace->hasSinks() ? watchedStep(cursor) : untracedStep(cursor);
+  return stepsAreTraced() ? watchedStep(cursor) : untracedStep(cursor);
 }
 
 inline bool SimulatorClass::untracedStep(Cursor cursor) {
@@ -65,7 +69,7 @@ inline void SimulatorClass::fireNextEvent() {
     endForNoAction();
   }
   ++_fireActionCount;
-  if constexpr (kWatched) {
+  if constexpr (kWatched && kTraceCalls) {
     trace->printPostFireAction(CurrAction, TempAction);
   }
 }

@@ -96,8 +96,10 @@ void SimulatorClass::InsertAffectedActions() {
 
 BaseActionClass* SimulatorClass::fireAndShow() {
   TheModel->Accumulate(CurrentTime);
-  trace->printPreFireAction(CurrAction);
-  trace->printFireAction(CurrAction, CurrentTime);
+  if constexpr (kTraceCalls) {
+    trace->printPreFireAction(CurrAction);
+    trace->printFireAction(CurrAction, CurrentTime);
+  }
   if constexpr (support::kArcsAreChecked) {
     if (arcCheck_ != nullptr) {
       return arcCheck_->watchFiring([this] { return TheModel->FireAction(CurrAction, CurrentTime); });

@@ -107,6 +107,8 @@ class SimulatorClass {
   template <bool kWatched>
   bool stepInForm(Cursor cursor);
   bool watchedStep(Cursor cursor);
+  /// Whether there is a trace that a step shows itself to.
+  [[nodiscard]] bool stepsAreTraced() const;
   /// A step of a run without a trace.
   bool untracedStep(Cursor cursor);
   /// Builds InitiallyEnabled on the present marking. Gives 0.

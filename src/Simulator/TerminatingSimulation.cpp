@@ -86,7 +86,7 @@ void SimulatorClass::fireUpTo(double StopTime) {
     return;
   }
   // An event due exactly at StopTime still fires.
-  if (!trace->hasSinks()) {
+  if (!stepsAreTraced()) {
     while (!(StopTime < CurrentTime) && untracedStep(Cursor::SetFirst)) {
     }
     return;
