@@ -5,13 +5,7 @@
 #include <utility>
 #include <vector>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define QUORVA_CELLS_APART
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define QUORVA_CELLS_APART
-#endif
-#endif
+#include "BaseClasses/Sanitizers.h"
 
 namespace support {
 
@@ -26,26 +20,23 @@ class CellPool {
  public:
   template <typename... Arguments>
   [[nodiscard]] static T* make(Arguments&&... arguments) {
-#ifdef QUORVA_CELLS_APART
-    return new T{std::forward<Arguments>(arguments)...};
-#else
-    return ::new (static_cast<void*>(instance().take())) T{std::forward<Arguments>(arguments)...};
-#endif
+    if constexpr (kUnderAddressSanitizer) {
+      return new T{std::forward<Arguments>(arguments)...};
+    } else {
+      return ::new (static_cast<void*>(instance().take())) T{std::forward<Arguments>(arguments)...};
+    }
   }
 
   /// `cell` is one that make gave, or null.
   static void release(T* cell) {
-#ifdef QUORVA_CELLS_APART
-    delete cell;
-#else
-    if (cell != nullptr) {
+    if constexpr (kUnderAddressSanitizer) {
+      delete cell;
+    } else if (cell != nullptr) {
       std::destroy_at(cell);
       instance().free_.push_back(cell);
     }
-#endif
   }
 
-#ifndef QUORVA_CELLS_APART
  private:
   static constexpr std::size_t kBlockBytes = 4096;
   static constexpr std::size_t kCellsOfABlock = kBlockBytes / sizeof(T);
@@ -71,9 +62,6 @@ class CellPool {
   T* block_ = nullptr;                 // the block that cells are taken from
   std::size_t used_ = kCellsOfABlock;  // its cells that were taken
   std::vector<T*> free_;               // cells that were released, of any block
-#endif
 };
 
 }  // namespace support
-
-#undef QUORVA_CELLS_APART

@@ -14,13 +14,7 @@
 #include <string>
 #endif
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define QUORVA_HAS_SHADOW_MEMORY 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
-#define QUORVA_HAS_SHADOW_MEMORY 1
-#endif
-#endif
+#include "BaseClasses/Sanitizers.h"
 
 namespace support {
 
@@ -95,7 +89,9 @@ std::optional<std::uint64_t> machineMemoryBytes() {
 }
 
 void limitMemoryToMachine() {
-#ifndef QUORVA_HAS_SHADOW_MEMORY
+  if constexpr (kHasShadowMemory) {
+    return;
+  }
   const std::optional<std::uint64_t> bytes = machineMemoryBytes();
   rlimit limit{};
   if (!bytes.has_value() || getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur <= *bytes) {
@@ -104,7 +100,6 @@ void limitMemoryToMachine() {
   limit.rlim_cur = static_cast<rlim_t>(*bytes);
   // A refusal leaves the process without this limit, which it can run without.
   static_cast<void>(setrlimit(RLIMIT_AS, &limit));
-#endif
 }
 
 #else

@@ -16,15 +16,13 @@ constexpr int kWrongBackPointer = 100000;
 /// Children that the root of a heap of one event would have.
 constexpr std::size_t kMissingChildren = 2;
 
-constexpr std::size_t kCacheLine = 64;
-
 /// The entry of `storage` from which on the root's grandchildren fill one cache line, and with them the four
 /// grandchildren of any other; so the two children of any are never in two lines.
 template <typename Node>
 Node* alignedRoot(std::vector<Node>& storage) {
   constexpr std::size_t kFirstGrandchild = 3;
   Node* root = storage.data();
-  while (reinterpret_cast<std::uintptr_t>(root + kFirstGrandchild) % kCacheLine != 0) {
+  while (reinterpret_cast<std::uintptr_t>(root + kFirstGrandchild) % support::kCacheLine != 0) {
     ++root;
   }
   return root;
@@ -40,7 +38,7 @@ EventList::EventList(int capacityWanted)
     : records_(static_cast<std::size_t>(capacityWanted)),
       slots_(records_.size(), nullptr),
       ties_(records_.size(), 0),
-      nodeStorage_(records_.size() + kMissingChildren + kCacheLine / sizeof(Node), Node{kNoTime, nullptr}),
+      nodeStorage_(records_.size() + kMissingChildren + support::kCacheLine / sizeof(Node), Node{kNoTime, nullptr}),
       nodes_(alignedRoot(nodeStorage_)),
       capacity(capacityWanted),
       A(slots_.data()),

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "BaseClasses/BaseActionClass.h"
+#include "BaseClasses/CacheLine.h"
 #include "Simulator/Event.h"
 #include "Simulator/EventEarlier.h"
 #include "Simulator/EventEqual.h"
@@ -52,9 +53,6 @@ class EventList {
   /// choice falls, on purpose, on whatever slot an earlier tie left behind in the work array, even an empty one: tied
   /// activities must have a positive weight.
   [[nodiscard]] Event** Earliest();
-
-  /// Whether the event at the root ties with no other, so that Earliest gives its slot. Requires an event.
-  [[nodiscard]] bool rootIsAlone() const;
 
   /// The group at the root, the next to fire unless an earlier event comes: of a list so long that the group may lie in
   /// no near cache, otherwise null.
@@ -118,9 +116,9 @@ class EventList {
   }
   [[nodiscard]] std::size_t end() const { return static_cast<std::size_t>(size); }
 
-  static constexpr std::int32_t kLong = 512;       // events above which a list is looked ahead in
-  static constexpr std::size_t kFar = 16384;       // events above which a list lies in far caches
-  static constexpr std::size_t kNodesOfALine = 4;  // of a cache line
+  static constexpr std::int32_t kLong = 512;  // events above which a list is looked ahead in
+  static constexpr std::size_t kFar = 16384;  // events above which a list lies in far caches
+  static constexpr std::size_t kNodesOfALine = support::kCacheLine / sizeof(Node);
   static constexpr double kNoTime = std::numeric_limits<double>::quiet_NaN();
 
   // Storage, made once.
@@ -256,11 +254,9 @@ inline Event** EventList::Earliest() {
   if (size == 0) [[unlikely]] {
     return nullptr;
   }
-  return rootIsAlone() ? A : chooseAmongTies();
-}
-
-inline bool EventList::rootIsAlone() const {
-  const Node* const nodes = nodes_;
-  const double time = nodes[0].time;
-  return time != nodes[1].time && time != nodes[2].time;
+  // Without a tie between the root and a child there is none at all.
+  if (nodes_[0].time != nodes_[1].time && nodes_[0].time != nodes_[2].time) [[likely]] {
+    return A;
+  }
+  return chooseAmongTies();
 }

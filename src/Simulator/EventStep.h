@@ -7,6 +7,7 @@
 #include "BaseClasses/ActionAffectsElement.h"
 #include "BaseClasses/BaseActionClass.h"
 #include "BaseClasses/BaseGroupClass.h"
+#include "BaseClasses/CacheLine.h"
 #include "BaseClasses/DebugLines.h"
 #include "BaseClasses/TraceFileContainer.h"
 #include "Performance_Variables/PVModel.h"
@@ -92,13 +93,12 @@ inline void SimulatorClass::fetchAhead() const {
 
 inline void SimulatorClass::fetchGroup(const BaseActionClass* group) {
   constexpr std::size_t kHeadOfGroup = 32;  // up to what a step reads of any group
-  constexpr std::size_t kCacheLine = 64;
   const auto* const bytes = reinterpret_cast<const std::byte*>(group);
   __builtin_prefetch(bytes);
   __builtin_prefetch(bytes + kHeadOfGroup);
   // Behind the group's own fields an activity has its enabling, and a model's activity the pointers to its marks.
   __builtin_prefetch(bytes + sizeof(BaseGroupClass));
-  __builtin_prefetch(bytes + sizeof(BaseGroupClass) + kCacheLine);
+  __builtin_prefetch(bytes + sizeof(BaseGroupClass) + support::kCacheLine);
 }
 
 inline void SimulatorClass::fetchAheadOf(const BaseActionClass* group) {
