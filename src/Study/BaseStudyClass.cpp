@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -88,11 +90,14 @@ bool isCutShort(std::string_view number, std::string_view rest) {
 }
 
 /// A floating-point number as "%lf" and "%f" read it; 0 stands for a text that is no number, and an infinity for one
-/// that is too large.
+/// that is too large. Of "nan" with brackets behind it a scan takes the word alone, the conversions a payload, too.
 template <typename T>
 T scanFloating(const std::string& text, T (*convert)(const char*, char**)) {
   char* end = nullptr;
   const T value = convert(text.c_str(), &end);
+  if (std::isnan(value)) {
+    return std::copysign(std::numeric_limits<T>::quiet_NaN(), value);
+  }
   const auto length = static_cast<std::size_t>(end - text.c_str());
   return isCutShort(std::string_view(text).substr(0, length), end) ? T{} : value;
 }

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -293,7 +294,17 @@ TEST_F(OverrideGVsTest, AValueThatDoesNotParseIsZeroAndNotReported) {
   EXPECT_EQ(doubleAfter("infinit"), 0.0);  // nor does it step back out of a longer word
   EXPECT_EQ(doubleAfter("-0xg"), 0.0);
   EXPECT_FALSE(std::signbit(doubleAfter("-0xg")));
+  EXPECT_FALSE(std::signbit(doubleAfter("-0x.g")));
   EXPECT_TRUE(std::signbit(doubleAfter("-0")));
+}
+
+TEST_F(OverrideGVsTest, ANanHasItsSignAndNoPayload) {
+  // A quiet NaN of 64 bits has all exponent bits and the first of the fraction, one of 32 bits likewise.
+  for (const char* text : {"nan", "NaN(7)", "nan(abc)x", "nan(7"}) {
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(doubleAfter(text)), 0x7ff8000000000000U) << text;
+    EXPECT_EQ(std::bit_cast<std::uint32_t>(floatAfter(text)), 0x7fc00000U) << text;
+  }
+  EXPECT_EQ(std::bit_cast<std::uint64_t>(doubleAfter("-nan(7)")), 0xfff8000000000000U);
 }
 
 TEST_F(OverrideGVsTest, ANumberEndsBehindItsOneExponent) {

@@ -103,10 +103,10 @@ std::int64_t integerIn(std::string_view text) {
 }
 
 /// A floating-point number as a scan reads it; 0 for a text that it does not take. The runtime here takes a number that
-/// breaks off behind the start of its exponent; the standard's scan does not.
+/// breaks off behind the start of its exponent, or behind the point of a hexadecimal one; the standard's scan does not.
 template <typename Value>
 Value floatingIn(const std::string& text, const char* format) {
-  static const std::regex brokenOff("0[xX].*[pP][+-]?|(?!0[xX])[^nN]*[0-9.][eE][+-]?");
+  static const std::regex brokenOff("0[xX]\\.|0[xX].*[pP][+-]?|(?!0[xX])[^nN]*[0-9.][eE][+-]?");
   Value value{};
   int length = 0;
   if (std::sscanf(text.c_str(), format, &value, &length) != 1) {
