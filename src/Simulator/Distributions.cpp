@@ -47,6 +47,8 @@ double failuresBeforeSuccess(double variate, double p) {
 
 }  // namespace
 
+LogarithmAhead Distributions::logarithms_;
+
 Distributions::Distributions() : RNG(new LaggedFibonacci) {}
 
 Distributions::~Distributions() {
@@ -70,7 +72,7 @@ double Distributions::Geometric(double p) {
 double Distributions::Weibull(double alpha, double beta) {
   refuseIf(beta <= 0, "INVALID_DIST_PARAMS: Beta is non-positive");
   refuseIf(alpha == 0, "INVALID_DIST_PARAMS: Alpha is zero");
-  return beta * std::pow(-std::log(RNG->rnd()), 1 / alpha);
+  return beta * std::pow(-logarithmOfDraw(), 1 / alpha);
 }
 
 double Distributions::ConditionalWeibull(double alpha, double beta, double t) {
@@ -141,7 +143,7 @@ double Distributions::Gamma(double alpha, double beta) {
     return gammaBelowOne(alpha) * beta;
   }
   if (alpha == 1) {
-    return -std::log(RNG->rnd()) * beta;
+    return -logarithmOfDraw() * beta;
   }
   return alpha;  // not a number, and so is the sample
 }
@@ -230,7 +232,7 @@ double Distributions::HyperExponential(int phases, double* params) {
     running_sum += weightOf(phase);
   }
   refusePhaseIf(rateOf(phase) <= 0, "INVALID_DIST_PARAMS: Rate%d is non-positive", phase);
-  return -std::log(RNG->rnd()) / rateOf(phase);
+  return -logarithmOfDraw() / rateOf(phase);
 }
 
 double Distributions::HypoExponential(int phases, double* rates) {
@@ -244,5 +246,5 @@ double Distributions::HypoExponential(int phases, double* rates) {
 double Distributions::Pareto(double xm, double k) {
   refuseIf(xm <= 0, "INVALID_DIST_PARAMS: LowerBound is non-positive");
   refuseIf(k <= 0, "INVALID_DIST_PARAMS: Shape is non-positive");
-  return std::exp(std::log(xm) - std::log(RNG->rnd()) / k);
+  return std::exp(std::log(xm) - logarithmOfDraw() / k);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <cmath>
-
+#include "Simulator/LaggedFibonacci.h"
+#include "Simulator/LogarithmAhead.h"
 #include "Simulator/RandomNumberGenerator.h"
 
 /// Samples of the distributions that a firing delay may follow, made from the uniform variates of one generator.
@@ -32,7 +32,7 @@ class Distributions {
     if (rate <= 0) [[unlikely]] {
       refuseRate();
     }
-    return -std::log(RNG->rnd()) / rate;
+    return -logarithmOfDraw() / rate;
   }
   /// `value` itself. No draw.
   double Deterministic(double value);
@@ -74,9 +74,16 @@ class Distributions {
   double Pareto(double xm, double k);
 
  private:
+  /// The natural logarithm of a variate. One draw.
+  double logarithmOfDraw() {
+    const double variate = RNG->rnd();
+    return logarithms_(variate, LaggedFibonacci::likelyNext());
+  }
   [[noreturn]] static void refuseRate();
   /// U1, U2, V1, V2 and W of a point in the unit circle, and Y, the factor that makes V1 a standard normal variate.
   void drawPolarPair();
   double gammaAboveOne(double alpha);
   double gammaBelowOne(double alpha);
+
+  static LogarithmAhead logarithms_;
 };

@@ -204,7 +204,7 @@ inline std::size_t EventList::BubbleDown(std::size_t i, Event* event, double tim
       return bubbleDownAskingRanks(i, event, time, address);
     }
     child += static_cast<std::size_t>(right < left);
-    const double childTime = nodes[child].time;
+    const double childTime = right < left ? right : left;
     if (!(childTime < time)) {
       if (childTime == time) [[unlikely]] {
         return bubbleDownAskingRanks(i, event, time, address);

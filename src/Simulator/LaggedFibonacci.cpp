@@ -117,6 +117,8 @@ void ranf_start(std::int32_t seed) {
       !std::all_of(std::begin(ran_u), std::end(ran_u), [](double value) { return value >= 0.0 && value < 1.0; });
 }
 
+double LaggedFibonacci::likelyNext_ = 0.0;
+
 double ranf_arr_cycle() {
   ranf_array(ranf_arr_buf, kQuality);
   ranf_arr_buf[kLongLag] = -1.0;
@@ -137,5 +139,7 @@ double LaggedFibonacci::rnd() {
     k = 0;
     ranf_array(rndArr, kLongLag);
   }
-  return rndArr[k++];
+  const double variate = rndArr[k++];
+  likelyNext_ = rndArr[std::min(k, kLongLag - 1)];
+  return variate;
 }

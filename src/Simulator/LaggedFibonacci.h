@@ -18,8 +18,14 @@ class LaggedFibonacci : public RandomNumberGenerator {
   double rnd() override;
   void srnd(std::uint32_t seed) override;
 
+  /// What the next rnd gives, if it is of the object drawn from last and its block is not at its end: a guess, for what
+  /// can be worked out ahead.
+  static double likelyNext() { return likelyNext_; }
+
  private:
   double rndArr[100] = {};  // the block being consumed
+
+  static double likelyNext_;
 };
 
 /// State of the recurrence: the 100 values that the next ones are made from; zero until started.

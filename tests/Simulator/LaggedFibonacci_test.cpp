@@ -177,6 +177,22 @@ TEST(RanfStartTest, TheTwoGreatestSeedsWrapAndLeaveTheUnitInterval) {
   }
 }
 
+// Each value is worked out one by one: the sum of two earlier ones, less its whole part as a 32-bit int. Sums that no such
+// int holds, with which this stream begins, have -2^31 for it, as a conversion on the processor gives.
+TEST(RanfArrayTest, AStreamOutsideTheUnitIntervalFollowsTheSameRecurrence) {
+  ranf_start(0x7fffffff);
+  std::vector<double> stream(std::begin(ran_u), std::end(ran_u));
+  for (std::size_t j = kLongLag; j < 3 * kLongLag; ++j) {
+    const double sum = stream[j - kLongLag] + stream[j - kShortLag];
+    stream.push_back(sum - (std::abs(sum) < 2147483648.0 ? std::trunc(sum) : -2147483648.0));
+  }
+  std::vector<double> block(2 * kLongLag);
+  ranf_array(block.data(), static_cast<int>(block.size()));
+  EXPECT_TRUE(std::equal(block.begin(), block.end(), stream.begin()));
+  EXPECT_TRUE(std::equal(std::begin(ran_u), std::end(ran_u), stream.begin() + 2 * kLongLag));
+  ranf_start(31415);
+}
+
 /// Lets the process be killed after `milliseconds` of its own CPU time.
 void limitCpuTime(int milliseconds) {
   const itimerval limit = {{0, 0}, {milliseconds / 1000, milliseconds % 1000 * 1000}};
@@ -326,6 +342,18 @@ TEST(LaggedFibonacciTest, AllObjectsTakeTurnsAtOneStream) {
   }
   EXPECT_EQ(other.rnd(), expected[2 * kLongLag]);  // the refill goes to who asks
   EXPECT_EQ(one.rnd(), expected[kLongLag + 1]);    // the other block is still the old one
+}
+
+TEST(LaggedFibonacciTest, TheLikelyNextVariateIsTheNextButBehindTheLastOfABlock) {
+  LaggedFibonacci generator;
+  alignCursor(generator);
+  generator.srnd(3);
+  const std::vector<double> expected = variates(3, 3 * kLongLag);
+  for (std::size_t i = kLongLag + kAligned; i + 1 < expected.size(); ++i) {
+    ASSERT_EQ(generator.rnd(), expected[i]);
+    const bool isLastOfBlock = i % kLongLag == kLongLag - 1;
+    EXPECT_EQ(LaggedFibonacci::likelyNext(), expected[isLastOfBlock ? i : i + 1]) << "value " << i;
+  }
 }
 
 TEST(LaggedFibonacciTest, WithoutASeedTheVariatesAreZero) {
