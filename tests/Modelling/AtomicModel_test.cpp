@@ -286,4 +286,19 @@ TEST_F(DelayTest, DelaysWithoutParametersOfTheirOwnTellNoneAndNoRate) {
   EXPECT_EQ(byPhases.Rate(), 0.0);
 }
 
+TEST_F(AtomicModelTest, AnArcToNoVariableEndsTheProcessAndIsNamed) {
+  Place* nowhere = nullptr;
+  EXPECT_EXIT(
+      model_.activity("tick")
+          .enabledBy({model_.a, nowhere}, [] { return true; })
+          .exponential(1.0)
+          .fires({model_.a}, [] {}),
+      testing::ExitedWithCode(1),
+      "^ERROR: model \"open\": enabling arc 2 of activity \"tick\" leads to no variable: its pointer is null\n$");
+  EXPECT_EXIT(
+      model_.activity("tick").enabledBy({model_.a}, [] { return true; }).exponential(1.0).fires({nowhere}, [] {}),
+      testing::ExitedWithCode(1),
+      "^ERROR: model \"open\": affecting arc 1 of activity \"tick\" leads to no variable: its pointer is null\n$");
+}
+
 }  // namespace

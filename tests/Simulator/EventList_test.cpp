@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <limits>
 #include <list>
@@ -692,6 +693,24 @@ TEST(EventListTest, TenThousandRandomStepsAgreeWithATable) {
       ASSERT_EQ((*earliest)->exec_time, expected.time);
       ASSERT_EQ(static_cast<const Group&>(*(*earliest)->action_ptr).rank, expected.rank);
     }
+  }
+}
+
+/// Long enough for the walks of Remove to look ahead, in the nearer and in the farther way.
+TEST(EventListTest, LongListsGiveTheirEventsInTheOrderOfTime) {
+  for (const int events : {600, 20000}) {
+    std::deque<Group> groups;
+    EventList list(events + 1);
+    for (int i = 0; i < events; ++i) {
+      insert(list, static_cast<double>(std::int64_t{7919} * i % events), groups.emplace_back("group"));  // each once
+    }
+    ASSERT_EQ(EventListProbe::faultOf(list), 0);
+    for (int i = 0; i < events; ++i) {
+      Event** const earliest = list.Earliest();
+      ASSERT_EQ((*earliest)->exec_time, i);
+      list.Remove(earliest);
+    }
+    EXPECT_EQ(list.Earliest(), nullptr);
   }
 }
 

@@ -257,6 +257,59 @@ TEST_F(SimStepTest, AGroupDisabledAndEnabledAgainWithinOneFiringKeepsItsEvent) {
   EXPECT_EQ(eventOf(*second).exec_time, 2.0);
 }
 
+/// As the step does with the two in turn, and each may be called by itself.
+TEST_F(SimStepTest, DroppingAndSchedulingEachFollowTheChainOfTheActionThatFired) {
+  startBatch();
+  simulator->TempAction = first;
+  second->predicate = [] { return false; };
+  simulator->RemoveAffectedActions();
+  EXPECT_THAT(log, ElementsAre("second.Enabled", "first.Enabled"));
+  EXPECT_FALSE(isScheduled(*second));
+  EXPECT_TRUE(isScheduled(*first));
+  EXPECT_EQ(simulator->AffectsAction, nullptr);
+
+  log.clear();
+  second->predicate = [] { return true; };
+  simulator->CurrentTime = 10.0;
+  simulator->InsertAffectedActions();
+  EXPECT_THAT(log, ElementsAre("second.Enabled", "second.Sample", "second.Predicate", "first.Enabled"));
+  EXPECT_EQ(eventOf(*second).exec_time, 12.0);
+  EXPECT_EQ(eventOf(*first).exec_time, 1.0);
+  EXPECT_EQ(simulator->AffectsAction, nullptr);
+}
+
+/// So many that steps look ahead for the groups of the next firing. Each fires once, and touches its neighbour.
+TEST_F(SimStepTest, AThousandGroupsFireInTheOrderOfTheirTimes) {
+  constexpr int kGroups = 1000;
+  std::vector<bool> hasFired(kGroups, false);
+  std::vector<double> times;
+  useModel([&](HandModel& model) {
+    std::vector<Place*> places;
+    for (int i = 0; i < kGroups; ++i) {
+      places.push_back(&model.addPlace(("place_" + std::to_string(i)).c_str()));
+    }
+    for (int i = 0; i < kGroups; ++i) {
+      Place* const own = places[static_cast<std::size_t>(i)];
+      Place* const next = places[static_cast<std::size_t>((i + 1) % kGroups)];
+      HandActivity& activity = model.addActivity(("activity_" + std::to_string(i)).c_str(), {own}, {next});
+      const double time = 1.0 + i * 617 % kGroups;  // each of 1 to 1000 once: 617 is a prime
+      activity.delay = [time] { return time; };
+      activity.predicate = [&hasFired, i] { return !hasFired[static_cast<std::size_t>(i)]; };
+      activity.effect = [this, &hasFired, &times, i] {
+        hasFired[static_cast<std::size_t>(i)] = true;
+        times.push_back(simulator->CurrentTime);
+      };
+    }
+  });
+  startBatch();
+  while (simulator->SimStep()) {
+  }
+  ASSERT_EQ(times.size(), static_cast<std::size_t>(kGroups));
+  for (int i = 0; i < kGroups; ++i) {
+    EXPECT_EQ(times[static_cast<std::size_t>(i)], 1.0 + i);
+  }
+}
+
 TEST_F(SimStepTest, AGroupOutsideTheChainIsNotAsked) {
   startBatch();
   third->predicate = [] { return false; };
