@@ -212,12 +212,6 @@ int statusOf(StopReason reason) {
                                          : kStoppedShort;
 }
 
-std::string hostName() {
-  std::array<char, 256> name{};
-  ::gethostname(name.data(), name.size() - 1);
-  return name.data();
-}
-
 }  // namespace
 
 std::string findProgram(const std::string& name) {

@@ -30,12 +30,6 @@ constexpr const char* kResultFile = "unit.bin";
 constexpr const char* kTraceBase = "trace";
 constexpr const char* kTraceFile = "trace.txt";
 
-std::string hostName() {
-  std::array<char, 256> name{};
-  ::gethostname(name.data(), name.size() - 1);
-  return name.data();
-}
-
 std::array<int, 2> makePipe() {
   std::array<int, 2> ends{};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) {

@@ -1,8 +1,10 @@
 #include "Process/Run.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <sstream>
 
@@ -52,6 +54,12 @@ std::string describe(const RunOutcome& outcome) {
       return fmt::format("was lost with its worker on {}", outcome.host);
   }
   return "";
+}
+
+std::string hostName() {
+  std::array<char, 256> name{};
+  ::gethostname(name.data(), name.size() - 1);
+  return name.data();
 }
 
 std::string lastWords(const RunOutcome& outcome) {

@@ -41,6 +41,9 @@ struct RunOutcome {
   std::string host;
 };
 
+/// The name of this machine.
+[[nodiscard]] std::string hostName();
+
 /// The end of a run in words, such as "was ended by signal 9 (Killed)".
 [[nodiscard]] std::string describe(const RunOutcome& outcome);
 
