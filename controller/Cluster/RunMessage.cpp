@@ -91,7 +91,7 @@ Executor::Finished unpackFinished(std::span<const std::byte> bytes) {
   Executor::Finished finished;
   parts.json.at("ticket").get_to(finished.ticket);
   const int end = parts.json.at("end").get<int>();
-  if (end < 0 || end > static_cast<int>(RunEnd::Lost)) {
+  if (end < 0 || end > static_cast<int>(RunEnd::Replaced)) {
     throw std::runtime_error("a message between processes tells of an end that there is none of");
   }
   finished.outcome.end = static_cast<RunEnd>(end);

@@ -50,8 +50,6 @@ std::string describe(const RunOutcome& outcome) {
       return fmt::format("cannot be started: {}", std::strerror(outcome.number));
     case RunEnd::Replaced:
       return "is another executable than the study began with";
-    case RunEnd::Lost:
-      return fmt::format("was lost with its worker on {}", outcome.host);
   }
   return "";
 }

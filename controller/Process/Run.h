@@ -25,7 +25,6 @@ enum class RunEnd {
   TimedOut,    ///< by us, behind its time limit
   NotStarted,  ///< the system refused to start it
   Replaced,    ///< not started, as the program is another one than expected
-  Lost,        ///< with the worker that ran it
 };
 
 /// What became of a run. The words are kept up to a limit, their beginning and their end.
