@@ -1,24 +1,25 @@
 #include "Cluster/RunMessage.h"
 
+#include <bit>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
+
+#include "Process/ByteOrder.h"
 
 namespace controller {
 namespace {
 
 using Json = nlohmann::json;
 
-constexpr std::size_t kLengthBytes = 8;
+constexpr std::size_t kLengthBytes = sizeof(std::uint64_t);
 
 /// The length of the JSON, the JSON, and other bytes behind it.
 std::vector<std::byte> pack(const Json& json, std::span<const std::byte> rest) {
   // Simulators may print what is no UTF-8.
   const std::string text = json.dump(-1, ' ', true, Json::error_handler_t::replace);
-  std::vector<std::byte> bytes;
+  std::vector<std::byte> bytes(kLengthBytes);
   bytes.reserve(kLengthBytes + text.size() + rest.size());
-  for (unsigned shift = 0; shift < 64; shift += 8) {
-    bytes.push_back(static_cast<std::byte>(text.size() >> shift & 0xffU));
-  }
+  writeEight<std::endian::little>(bytes.data(), text.size());
   const auto letters = std::as_bytes(std::span(text));
   bytes.insert(bytes.end(), letters.begin(), letters.end());
   bytes.insert(bytes.end(), rest.begin(), rest.end());
@@ -31,14 +32,9 @@ struct Parts {
 };
 
 Parts unpack(std::span<const std::byte> bytes) {
-  std::uint64_t length = 0;
-  if (bytes.size() < kLengthBytes) {
-    throw std::runtime_error("a message between processes is cut off");
-  }
-  for (std::size_t i = kLengthBytes; i-- > 0;) {
-    length = length << 8 | std::to_integer<std::uint64_t>(bytes[i]);
-  }
-  if (length > bytes.size() - kLengthBytes) {
+  const bool hasLength = bytes.size() >= kLengthBytes;
+  const std::uint64_t length = hasLength ? readEight<std::endian::little>(bytes.data()) : 0;
+  if (!hasLength || length > bytes.size() - kLengthBytes) {
     throw std::runtime_error("a message between processes is cut off");
   }
   const auto* const text = reinterpret_cast<const char*>(bytes.data()) + kLengthBytes;

@@ -10,6 +10,8 @@
 #include <system_error>
 #include <vector>
 
+#include "Process/ByteOrder.h"
+
 namespace controller {
 namespace {
 
@@ -65,12 +67,11 @@ void Sha256::add(std::span<const std::byte> bytes) {
 }
 
 std::string Sha256::finish() {
-  const std::uint64_t bits = length_ * 8;
-  std::vector<std::byte> padding(1 + (119 - used_) % 64, std::byte{0});
+  // A one and zeros up to the last eight bytes of a block, which hold the length in bits.
+  const std::size_t ahead = 1 + (119 - used_) % 64;
+  std::vector<std::byte> padding(ahead + sizeof(std::uint64_t), std::byte{0});
   padding.front() = std::byte{0x80};
-  for (int shift = 56; shift >= 0; shift -= 8) {
-    padding.push_back(static_cast<std::byte>(bits >> shift & 0xffU));
-  }
+  writeEight<std::endian::big>(padding.data() + ahead, length_ * 8);
   add(padding);
   std::string text;
   for (const std::uint32_t word : state_) {
