@@ -6,6 +6,7 @@
 #include <exception>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "Cluster/Cluster.h"
 #include "Command/Completion.h"
@@ -21,8 +22,7 @@ namespace {
 
 constexpr const char* kAbout =
     "Runs simulators of Quorva until every performance variable is as precise as wanted, keeps all observations in a "
-    "store, "
-    "and reports them. The manual page has the details: man quorva.";
+    "store, and reports them. The manual page has the details: man quorva.";
 constexpr const char* kStatuses =
     "Exit status: 0 the precision is reached, 1 failed, 2 wrong usage, 3 stopped short of the precision, "
     "128 + n stopped by signal n (130 Ctrl-C, 143 SIGTERM).";
@@ -107,25 +107,25 @@ std::string shellWord(const std::string& word) {
   return quoted + "'";
 }
 
-std::string commandLineOf(int argc, char** argv) {
+/// The words as a line that a shell reads back.
+std::string commandLineOf(const std::vector<std::string>& words) {
   std::string line;
-  for (int i = 0; i < argc; ++i) {
-    line += fmt::format("{}{}", i == 0 ? "" : " ", shellWord(argv[i]));
+  for (const std::string& word : words) {
+    line += (line.empty() ? "" : " ") + shellWord(word);
   }
   return line;
 }
 
-std::string commandLineWithoutLauncher(int argc, char** argv) {
-  std::string line;
-  for (int i = 0; i < argc; ++i) {
-    const std::string word = argv[i];
-    if (word == "--launcher") {
+std::vector<std::string> withoutLauncher(const std::vector<std::string>& words) {
+  std::vector<std::string> kept;
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    if (words[i] == "--launcher") {
       ++i;
-    } else if (!word.starts_with("--launcher=")) {
-      line += fmt::format("{}{}", i == 0 ? "" : " ", shellWord(word));
+    } else if (!words[i].starts_with("--launcher=")) {
+      kept.push_back(words[i]);
     }
   }
-  return line;
+  return kept;
 }
 
 struct Commands {
@@ -166,14 +166,14 @@ void addOtherCommands(CLI::App& app, Commands& commands) {
   completion->add_option("shell", commands.shell, "bash")->required()->check(CLI::IsMember({"bash"}));
 }
 
-int runChosen(const CLI::App& app, const Commands& commands, int argc, char** argv) {
+int runChosen(const CLI::App& app, const Commands& commands, const std::vector<std::string>& words) {
   if (app.got_subcommand("run")) {
     if (!commands.run.launcher.empty()) {
       const std::string name = "quorva-" + std::filesystem::path(commands.run.simulator).filename().string();
-      fmt::print("{}", slurmScript(commandLineWithoutLauncher(argc, argv), name));
+      fmt::print("{}", slurmScript(commandLineOf(withoutLauncher(words)), name));
       return kReached;
     }
-    return runStudy(commands.run, commandLineOf(argc, argv));
+    return runStudy(commands.run, commandLineOf(words));
   }
   if (app.got_subcommand("report")) {
     return reportStudy(commands.report);
@@ -211,7 +211,7 @@ int runCommandLine(int argc, char** argv) {
     return app.exit(error) == 0 ? kReached : kWrongUsage;
   }
   try {
-    const int status = runChosen(app, commands, argc, argv);
+    const int status = runChosen(app, commands, {argv, argv + argc});
     if (std::fflush(stdout) != 0) {
       throw std::runtime_error("standard output cannot be written to");
     }
