@@ -157,6 +157,13 @@ void requireVariables(const StudyIdentity& study, const StudyGoal& goal) {
   }
 }
 
+void requireSame(const std::string& folder, const StudyIdentity& stored, const StudyIdentity& asked) {
+  if (const std::string difference = differenceOf(stored, asked); !difference.empty()) {
+    throw StoreError(
+        fmt::format("the study in {} is another one: {}. Begin in another folder with --out", folder, difference));
+  }
+}
+
 /// The store of the study, made where there is none.
 std::unique_ptr<StudyStore> obtainStore(const RunOptions& options, const std::string& folder,
                                         const std::string& simulator, const StudyGoal& goal) {
@@ -170,10 +177,7 @@ std::unique_ptr<StudyStore> obtainStore(const RunOptions& options, const std::st
     }
     StudyIdentity asked = study;  // what costs no run is compared first
     asked.experiments = store->identity().experiments;
-    if (const std::string difference = differenceOf(store->identity(), asked); !difference.empty()) {
-      throw StoreError(
-          fmt::format("the study in {} is another one: {}. Begin in another folder with --out", folder, difference));
-    }
+    requireSame(folder, store->identity(), asked);
   }
   SimulatorProbe probe(simulator, scratchPath(folder), study);
   findExperiments(options, probe, store ? &store->identity() : nullptr, study);
@@ -183,10 +187,7 @@ std::unique_ptr<StudyStore> obtainStore(const RunOptions& options, const std::st
     StudyStore::create(path, study);
     store = std::make_unique<StudyStore>(path, Database::Access::Write);
   }
-  if (const std::string difference = differenceOf(store->identity(), study); !difference.empty()) {
-    throw StoreError(
-        fmt::format("the study in {} is another one: {}. Begin in another folder with --out", folder, difference));
-  }
+  requireSame(folder, store->identity(), study);
   return store;
 }
 
