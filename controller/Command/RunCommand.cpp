@@ -9,7 +9,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
+#include <numeric>
 #include <sstream>
+#include <utility>
 
 #include "Cluster/Cluster.h"
 #include "Command/Progress.h"
@@ -95,55 +97,67 @@ std::string nameOf(std::int32_t number, std::vector<Assignment> point) {
   return name;
 }
 
-/// Fills in the experiments of the study. What the stored study already knows of them is taken over, not asked for again.
-void findExperiments(const RunOptions& options, SimulatorProbe& probe, const StudyIdentity* stored,
-                     StudyIdentity& study) {
-  const std::int32_t count = probe.countOfExperiments();
-  std::vector<std::int64_t> numbers;
+/// The experiments that are asked for, ascending.
+std::vector<std::int32_t> numbersOf(const RunOptions& options, std::int32_t count) {
   if (options.experiments == "all") {
-    for (std::int32_t number = 0; number < count; ++number) {
-      numbers.push_back(number);
-    }
-  } else {
-    numbers = readNumbers(options.experiments, "--experiment");
+    std::vector<std::int32_t> all(static_cast<std::size_t>(count));
+    std::iota(all.begin(), all.end(), 0);
+    return all;
   }
-  if (numbers.back() >= count) {
+  const std::vector<std::int64_t> asked = readNumbers(options.experiments, "--experiment");
+  if (asked.back() >= count) {
     throw UsageError(
-        fmt::format("there is no experiment {}: the simulator's experiments are 0 to {}", numbers.back(), count - 1));
+        fmt::format("there is no experiment {}: the simulator's experiments are 0 to {}", asked.back(), count - 1));
   }
+  return {asked.begin(), asked.end()};
+}
+
+/// The points of the grid that the settings make, with the types of their variables.
+std::vector<std::vector<Assignment>> pointsOf(const RunOptions& options, SimulatorProbe& probe,
+                                              std::int32_t experiment) {
   std::vector<Setting> settings;
   for (const std::string& text : options.settings) {
     settings.push_back(readSetting(text));
   }
-  const auto points = gridPoints(settings);  // first, as faults of the command line are cheap to find
+  static_cast<void>(gridPoints(settings));  // faults of the command line are told before anything is run
   for (Setting& setting : settings) {
-    probe.findType(setting, static_cast<std::int32_t>(numbers.front()));
+    probe.findType(setting, experiment);
   }
-  for (const std::int64_t number : numbers) {
-    for (const auto& point : gridPoints(settings)) {
-      Experiment experiment;
-      experiment.number = static_cast<std::int32_t>(number);
-      experiment.name = nameOf(experiment.number, point);
-      experiment.overrides = overrideString(point);
-      study.experiments.push_back(std::move(experiment));
-    }
-  }
-  std::map<std::string, const Experiment*> known;
+  return gridPoints(settings);
+}
+
+/// Fills in the variables of the experiments. What the stored study already knows is taken over, not asked for again.
+void findVariables(SimulatorProbe& probe, const StudyIdentity* stored, StudyIdentity& study) {
+  const auto keyOf = [](const Experiment& experiment) { return std::pair(experiment.name, experiment.overrides); };
+  std::map<std::pair<std::string, std::string>, std::vector<std::int32_t>> known;
   if (stored != nullptr && stored->simulatorDigest == study.simulatorDigest &&
       stored->isTerminating == study.isTerminating) {
     for (const Experiment& experiment : stored->experiments) {
-      known[experiment.name + "\n" + experiment.overrides] = &experiment;
+      known[keyOf(experiment)] = experiment.variables;
     }
   }
   study.simulatorVersion = stored == nullptr ? "" : stored->simulatorVersion;
   for (Experiment& experiment : study.experiments) {
-    if (const auto found = known.find(experiment.name + "\n" + experiment.overrides); found != known.end()) {
-      experiment.variables = found->second->variables;
+    if (const auto found = known.find(keyOf(experiment)); found != known.end()) {
+      experiment.variables = found->second;
     } else {
       probe.describe(experiment);
       study.simulatorVersion = probe.simulatorVersion();
     }
   }
+}
+
+/// Fills in the experiments of the study.
+void findExperiments(const RunOptions& options, SimulatorProbe& probe, const StudyIdentity* stored,
+                     StudyIdentity& study) {
+  const std::vector<std::int32_t> numbers = numbersOf(options, probe.countOfExperiments());
+  const auto points = pointsOf(options, probe, numbers.front());
+  for (const std::int32_t number : numbers) {
+    for (const auto& point : points) {
+      study.experiments.push_back({nameOf(number, point), number, overrideString(point), {}});
+    }
+  }
+  findVariables(probe, stored, study);
 }
 
 void requireVariables(const StudyIdentity& study, const StudyGoal& goal) {
