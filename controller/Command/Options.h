@@ -6,8 +6,12 @@
 
 namespace controller {
 
-/// Status of the program at its end; a signal adds its number to 128.
+/// Status of the program at its end.
 enum ExitStatus { kReached = 0, kFailed = 1, kWrongUsage = 2, kStoppedShort = 3 };
+/// The status where a signal has stopped it.
+[[nodiscard]] constexpr int statusOfSignal(int signal) {
+  return 128 + signal;
+}
 
 /// The command line of `quorva run`, as it was given.
 struct RunOptions {

@@ -135,7 +135,7 @@ int rerunUnits(const RerunOptions& options) {
     for (const std::int64_t unit : units) {
       areSame = rerunUnit(*store, simulator, place, unit, scratch) && areSame;
       if (SignalPipe::stopSignal() != 0) {
-        return 128 + SignalPipe::stopSignal();
+        return statusOfSignal(SignalPipe::stopSignal());
       }
     }
   }
@@ -166,7 +166,7 @@ int tellStatus(const StatusOptions& options) {
   }
   for (const SessionRecord& session : store->sessions()) {
     fmt::print("{} to {} on {}: {}\n", session.started, session.ended.empty() ? "?" : session.ended, session.host,
-               session.stopReason.empty() ? "under way, or broken off" : session.stopReason);
+               session.reasonInWords());
   }
   return kReached;
 }

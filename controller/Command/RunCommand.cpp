@@ -28,8 +28,6 @@
 namespace controller {
 namespace {
 
-constexpr int kSignalBase = 128;
-
 std::int32_t generatorOf(const std::string& name) {
   constexpr std::array<const char*, 3> kNames = {"lagged-fibonacci", "tausworthe", "mersenne-twister"};
   for (std::size_t i = 0; i < kNames.size(); ++i) {
@@ -222,7 +220,7 @@ std::string reasonInWords(StopReason reason) {
 }
 
 int statusOf(StopReason reason) {
-  return reason == StopReason::Signal    ? kSignalBase + SignalPipe::stopSignal()
+  return reason == StopReason::Signal    ? statusOfSignal(SignalPipe::stopSignal())
          : reason == StopReason::Reached ? kReached
                                          : kStoppedShort;
 }

@@ -54,8 +54,7 @@ NamedValues provenanceOf(StudyStore& store) {
 
 std::string lastStopReason(StudyStore& store) {
   const auto sessions = store.sessions();
-  return sessions.empty() || sessions.back().stopReason.empty() ? "under way, or broken off"
-                                                                : sessions.back().stopReason;
+  return (sessions.empty() ? SessionRecord() : sessions.back()).reasonInWords();
 }
 
 }  // namespace

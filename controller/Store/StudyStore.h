@@ -29,11 +29,16 @@ struct UnitRecord {
 /// One call of the program that worked on the study.
 struct SessionRecord {
   std::string started;
-  std::string ended;  ///< empty for one that was killed
+  std::string ended;  ///< empty for one that was killed, or is under way
   std::string host;
   std::string version;
   std::string command;
-  std::string stopReason;
+  std::string stopReason;  ///< empty for one that was killed, or is under way
+
+  /// The reason why it stopped, in words whatever it is.
+  [[nodiscard]] std::string reasonInWords() const {
+    return stopReason.empty() ? "under way, or broken off" : stopReason;
+  }
 };
 
 /// The store of one study: an SQLite file with its identity, units, observations and sessions.

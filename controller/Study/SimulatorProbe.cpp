@@ -31,6 +31,11 @@ constexpr std::int64_t kActionsOfAUnit = 5'000'000;
 constexpr int kAttempts = 20;  // at a run that somebody kills
 constexpr std::uint32_t kProbeSeed = 20261;
 
+/// Seconds of processor time for a run that may come out as one before it, and may be endless if it does not.
+int limitAfter(const RunOutcome& outcome) {
+  return 2 + static_cast<int>(20.0 * outcome.cpuSeconds);
+}
+
 /// By a signal that a run does not bring upon itself.
 bool isKilledFromOutside(const RunOutcome& outcome) {
   constexpr std::array<int, 4> kFromOutside = {SIGKILL, SIGTERM, SIGINT, SIGHUP};
@@ -174,7 +179,7 @@ char SimulatorProbe::typeByInteger(const std::string& name, std::int32_t value, 
   const auto low = static_cast<std::uint32_t>(value);
   const Trial asBoth = tryOverride(triple('d', name, doubleWithLowBytes(value, low)), experiment, kTrialSeconds);
   refuseUnknownName(name, asBoth.outcome);
-  const int limit = 2 + static_cast<int>(20.0 * asBoth.outcome.cpuSeconds);
+  const int limit = limitAfter(asBoth.outcome);
   const Trial asInteger = tryOverride(triple('i', name, std::to_string(value)), experiment, limit);
   if (asBoth.signature != asInteger.signature) {
     return 'd';
@@ -189,7 +194,7 @@ char SimulatorProbe::typeByFraction(const std::string& name, const std::string& 
   const auto low = std::bit_cast<std::uint32_t>(static_cast<float>(number));
   const Trial asBoth = tryOverride(triple('d', name, doubleWithLowBytes(number, low)), experiment, kTrialSeconds);
   refuseUnknownName(name, asBoth.outcome);
-  const int limit = 2 + static_cast<int>(20.0 * asBoth.outcome.cpuSeconds);
+  const int limit = limitAfter(asBoth.outcome);
   const Trial asFloat = tryOverride(triple('f', name, value), experiment, limit);
   return asBoth.signature != asFloat.signature ? 'd' : '\0';
 }
