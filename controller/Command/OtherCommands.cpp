@@ -71,7 +71,7 @@ bool rerunUnit(StudyStore& store, const std::string& simulator, std::size_t plac
   request.digest = study.simulatorDigest;
   request.arguments = unitArguments(study, experiment, unit);
   const RunOutcome outcome = runAlone(request, scratch);
-  if (outcome.end != RunEnd::Exited || outcome.number != 0) {
+  if (!outcome.isGood()) {
     throw std::runtime_error(
         fmt::format("unit {} of \"{}\": the simulator {}", unit, experiment.name, describe(outcome)));
   }

@@ -60,9 +60,10 @@ std::string hostName() {
   return name.data();
 }
 
-std::string lastWords(const RunOutcome& outcome) {
-  std::string words = lastLines(outcome.err);
-  return words.empty() ? lastLines(outcome.out) : words;
+std::string lastWordsClause(const RunOutcome& outcome, const std::string& ifSilent) {
+  const std::string errors = lastLines(outcome.err);
+  const std::string words = errors.empty() ? lastLines(outcome.out) : errors;
+  return words.empty() ? ifSilent : "; its last words:\n" + words;
 }
 
 }  // namespace controller

@@ -38,6 +38,9 @@ struct RunOutcome {
   double wallSeconds = 0;
   double cpuSeconds = 0;
   std::string host;
+
+  /// It came to its end by itself, with status 0.
+  [[nodiscard]] bool isGood() const { return end == RunEnd::Exited && number == 0; }
 };
 
 /// The name of this machine.
@@ -46,8 +49,8 @@ struct RunOutcome {
 /// The end of a run in words, such as "was ended by signal 9 (Killed)".
 [[nodiscard]] std::string describe(const RunOutcome& outcome);
 
-/// The last words of a simulator that went wrong: standard error, or else standard output, without the lines that every
-/// run prints; cut to a few lines.
-[[nodiscard]] std::string lastWords(const RunOutcome& outcome);
+/// What to put behind a fault: "; its last words:" and the last words of the simulator, which are those on standard error,
+/// or else on standard output, without the lines that every run prints; cut to a few lines. `ifSilent` if there are none.
+[[nodiscard]] std::string lastWordsClause(const RunOutcome& outcome, const std::string& ifSilent = "");
 
 }  // namespace controller

@@ -135,10 +135,9 @@ std::int32_t SimulatorProbe::countOfExperiments() {
   const RunOutcome outcome = run({"-N", "1", "-e", "2147483647"}, 0, false);
   const auto last = numberBehind("the study's experiments are 0 to ", outcome.err);
   if (outcome.end != RunEnd::Exited || outcome.number != 1 || !last) {
-    const std::string words = lastWords(outcome);
     throw SimulatorRefusal(fmt::format("{} does not answer as a simulator does when asked for its experiments: it {}{}",
                                        simulator_, controller::describe(outcome),
-                                       words.empty() ? " without a word" : "; its last words:\n" + words));
+                                       lastWordsClause(outcome, " without a word")));
   }
   return *last + 1;
 }
@@ -164,7 +163,7 @@ SimulatorProbe::Trial SimulatorProbe::tryOverride(const std::string& override, s
 }
 
 void SimulatorProbe::refuseUnknownName(const std::string& name, const RunOutcome& outcome) const {
-  if (outcome.end != RunEnd::Exited || outcome.number != 0) {
+  if (!outcome.isGood()) {
     return;
   }
   std::istringstream lines(outcome.err);
@@ -267,7 +266,7 @@ std::vector<std::int32_t> SimulatorProbe::variablesOf(const Experiment& experime
   }
   const RunOutcome outcome = run(words, isAsked ? 0 : kTrialSeconds, false);
   std::string fault;
-  if (outcome.end != RunEnd::Exited || outcome.number != 0) {
+  if (!outcome.isGood()) {
     fault = "it " + controller::describe(outcome);
   }
   try {
@@ -288,9 +287,8 @@ std::vector<std::int32_t> SimulatorProbe::variablesOf(const Experiment& experime
   if (!isAsked) {
     return {};
   }
-  const std::string text = lastWords(outcome);
   throw SimulatorRefusal(fmt::format("the simulator cannot run experiment \"{}\": {}{}", experiment.name, fault,
-                                     text.empty() ? "" : "; its last words:\n" + text));
+                                     lastWordsClause(outcome)));
 }
 
 std::int64_t SimulatorProbe::usefulUnit() const {

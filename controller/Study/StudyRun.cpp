@@ -170,7 +170,7 @@ void StudyRun::startUnit(const Unit& unit) {
 
 void StudyRun::takeIn(const Unit& unit, RunOutcome&& outcome) {
   const Experiment& experiment = identity().experiments[unit.experiment];
-  if (outcome.end != RunEnd::Exited || outcome.number != 0) {
+  if (!outcome.isGood()) {
     noteFault(unit, outcome, "the simulator " + describe(outcome));
     return;
   }
@@ -214,9 +214,8 @@ void StudyRun::noteFault(const Unit& unit, const RunOutcome& outcome, const std:
   const Experiment& experiment = identity().experiments[unit.experiment];
   const std::int64_t attempt = ++attempts_[unit];
   const bool isRefusal = outcome.end == RunEnd::Exited && outcome.number != 0;
-  const std::string words = lastWords(outcome);
   const std::string text = fmt::format("unit {} of experiment \"{}\", attempt {}: {}{}", unit.number, experiment.name,
-                                       attempt, fault, words.empty() ? "" : "; its last words:\n" + words);
+                                       attempt, fault, lastWordsClause(outcome));
   const bool isForGoodNow =
       outcome.end == RunEnd::Replaced || (outcome.end == RunEnd::NotStarted && isForGood(outcome.number));
   if (attempt < (isRefusal ? std::min(limits_.attempts, kAttemptsAtRefusal) : limits_.attempts) && !isForGoodNow) {
