@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <bit>
 #include <cstdio>
 #include <filesystem>
@@ -19,7 +18,7 @@
 #include "Store/ObservationBlob.h"
 #include "Store/SafeFile.h"
 #include "Study/Grid.h"
-#include "Study/UnitSeed.h"
+#include "Study/Unit.h"
 
 namespace controller {
 namespace {
@@ -66,23 +65,12 @@ bool rerunUnit(StudyStore& store, const std::string& simulator, std::size_t plac
   const StudyIdentity& study = store.identity();
   const Experiment& experiment = study.experiments[place];
   const UnitObservations stored = store.observations(static_cast<std::int64_t>(place), unit);
-  RunRequest request;
-  request.program = simulator;
-  request.digest = study.simulatorDigest;
-  request.arguments = unitArguments(study, experiment, unit);
-  const RunOutcome outcome = runAlone(request, scratch);
+  const RunOutcome outcome = runAlone(unitRequest(study, experiment, unit, simulator), scratch);
   if (!outcome.isGood()) {
     throw std::runtime_error(
         fmt::format("unit {} of \"{}\": the simulator {}", unit, experiment.name, describe(outcome)));
   }
-  UnitObservations now =
-      readResultFile(outcome.resultFile, {unitSeed(study.seed, experiment.name, unit), study.generator,
-                                          experiment.number, study.isTerminating, study.batchesPerUnit});
-  std::erase_if(now.variables, [&](const VariableObservations& row) {
-    return std::find(experiment.variables.begin(), experiment.variables.end(), row.variable) ==
-           experiment.variables.end();
-  });
-  const std::string difference = differenceOf(stored, now);
+  const std::string difference = differenceOf(stored, unitObservations(study, experiment, unit, outcome.resultFile));
   fmt::print("Unit {} of \"{}\": {}\n", unit, experiment.name,
              difference.empty() ? "the same, bit for bit" : difference);
   return difference.empty();

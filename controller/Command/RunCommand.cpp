@@ -161,7 +161,7 @@ void findExperiments(const RunOptions& options, SimulatorProbe& probe, const Stu
 void requireVariables(const StudyIdentity& study, const StudyGoal& goal) {
   for (const Experiment& experiment : study.experiments) {
     for (const std::int32_t variable : goal.variables) {
-      if (std::find(experiment.variables.begin(), experiment.variables.end(), variable) == experiment.variables.end()) {
+      if (!experiment.has(variable)) {
         throw UsageError(fmt::format("--variables: experiment \"{}\" has no variable {}; it has {}", experiment.name,
                                      variable, fmt::join(experiment.variables, ",")));
       }

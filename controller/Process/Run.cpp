@@ -38,6 +38,10 @@ std::string lastLines(const std::string& text) {
 
 }  // namespace
 
+std::string commandOf(const RunRequest& request) {
+  return fmt::format("{} {}", request.program, fmt::join(request.arguments, " "));
+}
+
 std::string describe(const RunOutcome& outcome) {
   switch (outcome.end) {
     case RunEnd::Exited:

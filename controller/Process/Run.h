@@ -46,6 +46,9 @@ struct RunOutcome {
 /// The name of this machine.
 [[nodiscard]] std::string hostName();
 
+/// The command of a run, but for what is added to it: the program and its arguments.
+[[nodiscard]] std::string commandOf(const RunRequest& request);
+
 /// The end of a run in words, such as "was ended by signal 9 (Killed)".
 [[nodiscard]] std::string describe(const RunOutcome& outcome);
 

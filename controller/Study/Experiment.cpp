@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include "Study/UnitSeed.h"
+#include <algorithm>
 
 namespace controller {
 namespace {
@@ -18,15 +18,8 @@ std::string namesOf(const std::vector<Experiment>& experiments) {
 
 }  // namespace
 
-std::vector<std::string> unitArguments(const StudyIdentity& study, const Experiment& experiment, std::int64_t unit) {
-  std::vector<std::string> words = {
-      "-t", study.isTerminating ? "1" : "0",     "-e", std::to_string(experiment.number),
-      "-r", std::to_string(study.generator),     "-s", std::to_string(unitSeed(study.seed, experiment.name, unit)),
-      "-N", std::to_string(study.batchesPerUnit)};
-  if (!experiment.overrides.empty()) {
-    words.insert(words.end(), {"-O", experiment.overrides});
-  }
-  return words;
+bool Experiment::has(std::int32_t variable) const {
+  return std::find(variables.begin(), variables.end(), variable) != variables.end();
 }
 
 std::string differenceOf(const StudyIdentity& stored, const StudyIdentity& wanted) {

@@ -12,6 +12,8 @@ struct Experiment {
   std::int32_t number = 0;              ///< option -e
   std::string overrides;                ///< option -O, empty for none
   std::vector<std::int32_t> variables;  ///< the performance variables of this kind of run, ascending
+
+  [[nodiscard]] bool has(std::int32_t variable) const;
 };
 
 /// What a study's observations depend on: two studies that are equal here have the same units, bit for bit.
@@ -25,10 +27,6 @@ struct StudyIdentity {
   std::int64_t batchesPerUnit = 0;
   std::vector<Experiment> experiments;
 };
-
-/// The command line of one unit, but for its result file.
-[[nodiscard]] std::vector<std::string> unitArguments(const StudyIdentity& study, const Experiment& experiment,
-                                                     std::int64_t unit);
 
 /// Why the units of one study cannot go on in the other, or nothing where they can.
 [[nodiscard]] std::string differenceOf(const StudyIdentity& stored, const StudyIdentity& wanted);

@@ -2,13 +2,13 @@
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
 
 #include "Process/SignalPipe.h"
+#include "Study/Unit.h"
 #include "Study/UnitSeed.h"
 
 namespace controller {
@@ -54,7 +54,7 @@ StopReason StudyRun::run() {
   try {
     while (!isDone()) {
       fillExecutor();
-      for (Executor::Finished& finished : executor_.wait(kLongestWait)) {
+      for (const Executor::Finished& finished : executor_.wait(kLongestWait)) {
         const auto found = underWay_.find(finished.ticket);
         if (found == underWay_.end()) {
           continue;
@@ -62,7 +62,7 @@ StopReason StudyRun::run() {
         const Unit unit = found->second;
         underWay_.erase(found);
         unitsUnderWay_[unit.experiment].erase(unit.number);
-        takeIn(unit, std::move(finished.outcome));
+        takeIn(unit, finished.outcome);
       }
       commitNowAndThen();
       onProgress(*this);
@@ -158,51 +158,52 @@ double StudyRun::unitTimeLimit() const {
 }
 
 void StudyRun::startUnit(const Unit& unit) {
-  RunRequest request;
-  request.program = simulator_;
-  request.digest = identity().simulatorDigest;
-  request.arguments = unitArguments(identity(), identity().experiments[unit.experiment], unit.number);
+  RunRequest request = requestOf(unit);
   request.timeLimitSeconds = unitTimeLimit();
   executor_.start(nextTicket_, request);
   underWay_[nextTicket_++] = unit;
   unitsUnderWay_[unit.experiment].insert(unit.number);
 }
 
-void StudyRun::takeIn(const Unit& unit, RunOutcome&& outcome) {
-  const Experiment& experiment = identity().experiments[unit.experiment];
-  if (!outcome.isGood()) {
-    noteFault(unit, outcome, "the simulator " + describe(outcome));
-    return;
-  }
+RunRequest StudyRun::requestOf(const Unit& unit) const {
+  return unitRequest(identity(), experimentOf(unit), unit.number, simulator_);
+}
+
+UnitRecord StudyRun::recordOf(const Unit& unit, const RunOutcome& outcome) const {
+  const auto faults = attempts_.find(unit);
   UnitRecord record;
   record.experiment = static_cast<std::int64_t>(unit.experiment);
   record.unit = unit.number;
-  record.seed = unitSeed(identity().seed, experiment.name, unit.number);
-  record.command = fmt::format("{} {}", simulator_, fmt::join(unitArguments(identity(), experiment, unit.number), " "));
+  record.seed = unitSeed(identity().seed, experimentOf(unit).name, unit.number);
+  record.command = commandOf(requestOf(unit));
   record.host = outcome.host;
   record.finished = timeOfDay();
   record.wallSeconds = outcome.wallSeconds;
   record.cpuSeconds = outcome.cpuSeconds;
-  record.attempts = attempts_[unit] + 1;
+  record.attempts = 1 + (faults == attempts_.end() ? 0 : faults->second);
+  return record;
+}
+
+void StudyRun::takeIn(const Unit& unit, const RunOutcome& outcome) {
+  if (!outcome.isGood()) {
+    noteFault(unit, outcome, "the simulator " + describe(outcome));
+    return;
+  }
+  const Experiment& experiment = experimentOf(unit);
   UnitObservations observations;
   try {
-    observations = readResultFile(outcome.resultFile, {record.seed, identity().generator, experiment.number,
-                                                       identity().isTerminating, identity().batchesPerUnit});
+    observations = unitObservations(identity(), experiment, unit.number, outcome.resultFile);
   } catch (const ResultFileError& error) {
     noteFault(unit, outcome, error.what());
     return;
   }
-  std::erase_if(observations.variables, [&](const VariableObservations& row) {
-    return std::find(experiment.variables.begin(), experiment.variables.end(), row.variable) ==
-           experiment.variables.end();
-  });
   if (observations.variables.size() != experiment.variables.size()) {
     noteFault(unit, outcome,
               fmt::format("the result file holds {} of the {} variables of the study", observations.variables.size(),
                           experiment.variables.size()));
     return;
   }
-  store_.addUnit(record, observations);
+  store_.addUnit(recordOf(unit, outcome), observations);
   attempts_.erase(unit);
   batchesArrived_ += identity().batchesPerUnit;
   longestUnitSeconds_ = std::max(longestUnitSeconds_, outcome.wallSeconds);
@@ -211,19 +212,17 @@ void StudyRun::takeIn(const Unit& unit, RunOutcome&& outcome) {
 }
 
 void StudyRun::noteFault(const Unit& unit, const RunOutcome& outcome, const std::string& fault) {
-  const Experiment& experiment = identity().experiments[unit.experiment];
   const std::int64_t attempt = ++attempts_[unit];
   const bool isRefusal = outcome.end == RunEnd::Exited && outcome.number != 0;
-  const std::string text = fmt::format("unit {} of experiment \"{}\", attempt {}: {}{}", unit.number, experiment.name,
-                                       attempt, fault, lastWordsClause(outcome));
+  const std::string text = fmt::format("unit {} of experiment \"{}\", attempt {}: {}{}", unit.number,
+                                       experimentOf(unit).name, attempt, fault, lastWordsClause(outcome));
   const bool isForGoodNow =
       outcome.end == RunEnd::Replaced || (outcome.end == RunEnd::NotStarted && isForGood(outcome.number));
   if (attempt < (isRefusal ? std::min(limits_.attempts, kAttemptsAtRefusal) : limits_.attempts) && !isForGoodNow) {
     onFault(text);
     return;
   }
-  throw StudyFailure(fmt::format("{}\nThe unit is given up. Its command: {} {}", text, simulator_,
-                                 fmt::join(unitArguments(identity(), experiment, unit.number), " ")));
+  throw StudyFailure(fmt::format("{}\nThe unit is given up. Its command: {}", text, commandOf(requestOf(unit))));
 }
 
 void StudyRun::commitNowAndThen() {

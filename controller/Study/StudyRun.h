@@ -72,7 +72,12 @@ class StudyRun {
   void fillExecutor();
   [[nodiscard]] std::optional<std::size_t> nextExperiment() const;
   void startUnit(const Unit& unit);
-  void takeIn(const Unit& unit, RunOutcome&& outcome);
+  [[nodiscard]] const Experiment& experimentOf(const Unit& unit) const {
+    return identity().experiments[unit.experiment];
+  }
+  [[nodiscard]] RunRequest requestOf(const Unit& unit) const;
+  [[nodiscard]] UnitRecord recordOf(const Unit& unit, const RunOutcome& outcome) const;
+  void takeIn(const Unit& unit, const RunOutcome& outcome);
   void noteFault(const Unit& unit, const RunOutcome& outcome, const std::string& fault);
   void leaveExperiment(std::size_t experiment);
   void commitNowAndThen();
