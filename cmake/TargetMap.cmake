@@ -13,7 +13,8 @@ function(quorva_map_fact)
 endfunction()
 
 # A library's private links stand in its public list too, wrapped in LINK_ONLY: they are linked, but nothing of theirs is
-# seen. No target bears such a name, so that they are left out there.
+# seen, so that they are left out there. A target that a package brought is known in the folders that asked for the package
+# alone, and is told by its name.
 function(quorva_map_links target property kind)
   get_target_property(links ${target} ${property})
   foreach(link IN LISTS links)
@@ -22,6 +23,8 @@ function(quorva_map_links target property kind)
       if(aliased)
         set(link "${aliased}")
       endif()
+      quorva_map_fact(${kind} ${target} ${link})
+    elseif(link MATCHES "^[A-Za-z0-9_]+::[A-Za-z0-9_]+$")
       quorva_map_fact(${kind} ${target} ${link})
     endif()
   endforeach()
