@@ -16,7 +16,6 @@
 #include <string_view>
 
 #include "Process/LocalExecutor.h"
-#include "Process/ResultFile.h"
 #include "Process/Sha256.h"
 #include "Process/SignalPipe.h"
 
@@ -76,6 +75,26 @@ std::string doubleWithLowBytes(double value, std::uint32_t low) {
 
 std::string triple(char letter, const std::string& name, const std::string& value) {
   return fmt::format("{}:{}:{}", letter, name, value);
+}
+
+/// Refuses values that are no numbers.
+void requireNumbers(const Setting& setting) {
+  for (const std::string& value : setting.values) {
+    if (!asDouble(value)) {
+      throw UsageError(
+          fmt::format("--set {}={}: {} is no number; true and false are 1 and 0 with --set bool:{}=..., and a "
+                      "character needs --set char:{}=...",
+                      setting.name, value, value, setting.name, setting.name));
+    }
+  }
+}
+
+std::vector<std::int32_t> variablesOf(const UnitObservations& unit) {
+  std::vector<std::int32_t> variables;
+  for (const VariableObservations& row : unit.variables) {
+    variables.push_back(row.variable);
+  }
+  return variables;
 }
 
 /// Standard output without the lines that differ from run to run.
@@ -213,82 +232,71 @@ void SimulatorProbe::requireFit(const std::string& name, std::int32_t value, std
   }
 }
 
+char SimulatorProbe::typeByValues(const Setting& setting, std::int32_t experiment) {
+  for (const std::string& value : setting.values) {
+    if (*asDouble(value) != 0.0) {
+      const auto integer = asInteger(value);
+      const char letter =
+          integer ? typeByInteger(setting.name, *integer, experiment) : typeByFraction(setting.name, value, experiment);
+      if (letter != '\0') {
+        return letter;
+      }
+    }
+  }
+  return '\0';
+}
+
 void SimulatorProbe::findType(Setting& setting, std::int32_t experiment) {
   const std::string& name = setting.name;
+  const std::vector<std::string>& values = setting.values;
   if (setting.letter != '\0') {
-    const std::string& first = setting.values.front();
-    const Trial trial = tryOverride(triple(setting.letter, name, first), experiment, kTrialSeconds);
-    refuseUnknownName(name, trial.outcome);
+    const std::string asGiven = triple(setting.letter, name, values.front());
+    refuseUnknownName(name, tryOverride(asGiven, experiment, kTrialSeconds).outcome);
     return;
   }
-  bool hasFraction = false;
-  bool isZero = true;
-  for (const std::string& value : setting.values) {
-    if (!asDouble(value)) {
-      throw UsageError(
-          fmt::format("--set {}={}: {} is no number; true and false are 1 and 0 with --set bool:{}=..., and a "
-                      "character needs --set char:{}=...",
-                      name, value, value, name, name));
-    }
-    hasFraction = hasFraction || !asInteger(value);
-    isZero = isZero && *asDouble(value) == 0.0;
-  }
-  if (isZero) {  // it has the same bytes in every type
+  requireNumbers(setting);
+  if (std::all_of(values.begin(), values.end(), [](const std::string& value) { return *asDouble(value) == 0.0; })) {
+    // It has the same bytes in every type.
     refuseUnknownName(name, tryOverride(triple('d', name, "0"), experiment, kTrialSeconds).outcome);
     setting.letter = 'd';
     return;
   }
-  for (const std::string& value : setting.values) {
-    const auto integer = asInteger(value);
-    if (*asDouble(value) != 0.0 && setting.letter == '\0') {
-      setting.letter = integer ? typeByInteger(name, *integer, experiment) : typeByFraction(name, value, experiment);
-    }
-  }
-  if (setting.letter == '\0' || (setting.letter == 'i' && hasFraction)) {
+  setting.letter = typeByValues(setting, experiment);
+  const bool areIntegers =
+      std::all_of(values.begin(), values.end(), [](const std::string& value) { return asInteger(value).has_value(); });
+  if (setting.letter == '\0' || (setting.letter == 'i' && !areIntegers)) {
     throw UsageError(
         fmt::format("the type of the global variable {} does not show in a run of the simulator; give it: "
                     "--set double:{}=... or --set int:{}=..., likewise short, long, float, bool, char",
                     name, name, name));
   }
   if (setting.letter == 'i') {
-    for (const std::string& value : setting.values) {
+    for (const std::string& value : values) {
       requireFit(name, *asInteger(value), experiment);
     }
   }
 }
 
-std::vector<std::int32_t> SimulatorProbe::variablesOf(const Experiment& experiment, bool isTerminating, bool isAsked) {
+SimulatorProbe::Batch SimulatorProbe::runBatch(const Experiment& experiment, bool isTerminating, int cpuLimitSeconds) {
   std::vector<std::string> words = {"-t", isTerminating ? "1" : "0",         "-N", "1",
                                     "-e", std::to_string(experiment.number), "-r", std::to_string(setUp_.generator),
                                     "-s", std::to_string(kProbeSeed)};
   if (!experiment.overrides.empty()) {
     words.insert(words.end(), {"-O", experiment.overrides});
   }
-  const RunOutcome outcome = run(words, isAsked ? 0 : kTrialSeconds, false);
-  std::string fault;
-  if (!outcome.isGood()) {
-    fault = "it " + controller::describe(outcome);
+  Batch batch;
+  batch.outcome = run(words, cpuLimitSeconds, false);
+  if (!batch.outcome.isGood()) {
+    batch.fault = "it " + controller::describe(batch.outcome);
+    return batch;
   }
   try {
-    const UnitObservations unit =
-        readResultFile(outcome.resultFile, {kProbeSeed, setUp_.generator, experiment.number, isTerminating, 1});
-    version_ = unit.simulatorVersion;
-    if (const auto actions = numberBehind("Actions fired: ", outcome.out); isAsked && actions) {
-      actionsOfABatch_ = std::max<std::int64_t>({actionsOfABatch_, 1, *actions});
-    }
-    std::vector<std::int32_t> variables;
-    for (const VariableObservations& row : unit.variables) {
-      variables.push_back(row.variable);
-    }
-    return fault.empty() ? variables : std::vector<std::int32_t>();
+    batch.observations =
+        readResultFile(batch.outcome.resultFile, {kProbeSeed, setUp_.generator, experiment.number, isTerminating, 1});
   } catch (const ResultFileError& error) {
-    fault = fault.empty() ? error.what() : fault;
+    batch.fault = error.what();
   }
-  if (!isAsked) {
-    return {};
-  }
-  throw SimulatorRefusal(fmt::format("the simulator cannot run experiment \"{}\": {}{}", experiment.name, fault,
-                                     lastWordsClause(outcome)));
+  return batch;
 }
 
 std::int64_t SimulatorProbe::usefulUnit() const {
@@ -310,10 +318,19 @@ std::int64_t SimulatorProbe::usefulUnit() const {
 }
 
 void SimulatorProbe::describe(Experiment& experiment) {
-  experiment.variables = variablesOf(experiment, setUp_.isTerminating, true);
+  const Batch batch = runBatch(experiment, setUp_.isTerminating, 0);
+  if (!batch.fault.empty()) {
+    throw SimulatorRefusal(fmt::format("the simulator cannot run experiment \"{}\": {}{}", experiment.name, batch.fault,
+                                       lastWordsClause(batch.outcome)));
+  }
+  version_ = batch.observations.simulatorVersion;
+  if (const auto actions = numberBehind("Actions fired: ", batch.outcome.out)) {
+    actionsOfABatch_ = std::max<std::int64_t>({actionsOfABatch_, 1, *actions});
+  }
+  experiment.variables = variablesOf(batch.observations);
   if (setUp_.isTerminating) {
     // Without variables of that kind a steady-state run ends in an assertion, and all stay.
-    const auto others = variablesOf(experiment, false, false);
+    const auto others = variablesOf(runBatch(experiment, false, kTrialSeconds).observations);
     std::erase_if(experiment.variables, [&](std::int32_t variable) {
       return std::find(others.begin(), others.end(), variable) != others.end();
     });

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "Process/ResultFile.h"
 #include "Process/Run.h"
 #include "Study/Experiment.h"
 #include "Study/Grid.h"
@@ -55,13 +57,21 @@ class SimulatorProbe {
     std::string signature;
   };
 
+  /// One batch of an experiment.
+  struct Batch {
+    RunOutcome outcome;
+    UnitObservations observations;
+    std::string fault;  ///< in words; empty for none
+  };
+
   [[nodiscard]] RunOutcome run(const std::vector<std::string>& arguments, int cpuLimitSeconds, bool wantsTrace);
   [[nodiscard]] Trial tryOverride(const std::string& triple, std::int32_t experiment, int cpuLimitSeconds);
   void refuseUnknownName(const std::string& name, const RunOutcome& outcome) const;
+  [[nodiscard]] char typeByValues(const Setting& setting, std::int32_t experiment);
   [[nodiscard]] char typeByInteger(const std::string& name, std::int32_t value, std::int32_t experiment);
   [[nodiscard]] char typeByFraction(const std::string& name, const std::string& value, std::int32_t experiment);
   void requireFit(const std::string& name, std::int32_t value, std::int32_t experiment);
-  [[nodiscard]] std::vector<std::int32_t> variablesOf(const Experiment& experiment, bool isTerminating, bool isAsked);
+  [[nodiscard]] Batch runBatch(const Experiment& experiment, bool isTerminating, int cpuLimitSeconds);
 
   std::string simulator_;
   std::string scratchFolder_;

@@ -14,6 +14,7 @@ Its observations are a function of the seed and the batch. Files beside the scri
             dies-once    is killed at its first attempt at each seed
             noisy        prints without end until its file is there, some megabytes
             late         takes the longer the larger its reward is
+            unwell       leaves a sound file and ends with status 3, even when it is only asked what it has to offer
   calls   a line is added for every run but the probes: the seed
 """
 
@@ -85,15 +86,17 @@ def main():
     seed, batches = int(options["s"]), int(options["N"])
     values = [[reward(seed, batch) for batch in range(batches)]]
     data = result_file(options, values)
+    mode = (HERE / "mode").read_text().strip() if (HERE / "mode").exists() else ""
     if seed != PROBE_SEED:
         with open(HERE / "calls", "a", encoding="utf-8") as calls:
             calls.write(f"{seed}\n")
-        mode = (HERE / "mode").read_text().strip() if (HERE / "mode").exists() else ""
         if mode == "late":
             time.sleep(0.25 if values[0][0] > 2 else 0.01)
         data = misbehave(mode, options, data, seed)
     with open(options["b"], "wb") as file:
         file.write(data)
+    if mode == "unwell":
+        sys.exit(3)
     print("SIMULATOR::MAIN()-GOOD EXIT")
 
 

@@ -52,6 +52,10 @@ class Simulators(QuorvaCase):
         done = self.call("run", "true", "-o", "s", status=1)
         self.assertIn("does not answer as a simulator does when asked for its experiments: it ended with status 0", done.stderr)
 
+    def test_that_ends_badly_when_it_is_asked_what_it_has_to_offer(self):
+        done = self.call("run", self.fake("unwell"), *GOAL, "-o", "s", status=1)
+        self.assertEqual(done.stderr, 'quorva: the simulator cannot run experiment "0": it ended with status 3\n')
+
     def test_that_refuses(self):
         words = self.fails("refuses")
         self.assertIn('unit 0 of experiment "0", attempt 2: the simulator ended with status 1; its last words:\n'
