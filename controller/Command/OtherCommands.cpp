@@ -118,8 +118,8 @@ int rerunUnits(const RerunOptions& options) {
       continue;
     }
     isFound = true;
-    const auto units = options.units == "all" ? store->unitsFrom(static_cast<std::int64_t>(place), 0)
-                                              : readNumbers(options.units, "--units");
+    const auto units =
+        options.units == "all" ? store->units(static_cast<std::int64_t>(place)) : readNumbers(options.units, "--units");
     for (const std::int64_t unit : units) {
       areSame = rerunUnit(*store, simulator, place, unit, scratch) && areSame;
       if (SignalPipe::stopSignal() != 0) {

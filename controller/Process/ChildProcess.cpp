@@ -14,8 +14,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 #include "Process/SignalPipe.h"
 
@@ -74,6 +75,14 @@ std::vector<std::byte> bytesOf(const std::string& path) {
   return bytes;
 }
 
+/// The files that a run leaves.
+void removeFiles(const std::string& folder) {
+  std::error_code ignored;  // what is not there need not be removed
+  for (const char* const file : {kResultFile, kTraceFile}) {
+    std::filesystem::remove(folder + "/" + file, ignored);
+  }
+}
+
 void setLimit(__rlimit_resource resource, rlim_t value) {
   struct rlimit limit {};
   if (::getrlimit(resource, &limit) == 0) {
@@ -102,10 +111,8 @@ ChildProcess::ChildProcess(const RunRequest& request, std::string folder)
     : folder_(std::move(folder)), wantsTrace_(request.wantsTrace), timeLimitSeconds_(request.timeLimitSeconds) {
   SignalPipe::install();
   outcome_.host = hostName();
-  std::error_code ignored;  // what is not there need not be removed
   std::filesystem::create_directories(folder_);
-  std::filesystem::remove(folder_ + "/" + kResultFile, ignored);
-  std::filesystem::remove(folder_ + "/" + kTraceFile, ignored);
+  removeFiles(folder_);
   start(request);
 }
 
@@ -245,9 +252,7 @@ RunOutcome ChildProcess::outcome() {
     const auto bytes = bytesOf(folder_ + "/" + kTraceFile);
     outcome_.trace.assign(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   }
-  std::error_code ignored;
-  std::filesystem::remove(folder_ + "/" + kResultFile, ignored);
-  std::filesystem::remove(folder_ + "/" + kTraceFile, ignored);
+  removeFiles(folder_);
   return std::move(outcome_);
 }
 

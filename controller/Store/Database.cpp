@@ -49,9 +49,8 @@ void Database::fail(int code) const {
     case SQLITE_NOTADB:
     case SQLITE_CORRUPT:
       throw StoreError(
-          fmt::format("the store {} is damaged or cut off, or no store at all ({}); it is left as it is: "
-                      "restore it from a copy, or begin in another folder with --out",
-                      path_, words));
+          fmt::format("the store {} is damaged or cut off, or no store at all ({}); it is left as it is: {}", path_,
+                      words, kWayOut));
     case SQLITE_FULL:
       throw StoreError(
           fmt::format("the disk is full: the store {} cannot grow. All units that were stored before are safe; "

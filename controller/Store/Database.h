@@ -2,12 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <vector>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -19,6 +17,9 @@ class StoreError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
+
+/// What to do about a store that is damaged.
+inline constexpr const char* kWayOut = "restore it from a copy, or begin in another folder with --out";
 
 /// One SQLite file.
 class Database {

@@ -1,10 +1,7 @@
 #include "Store/StudyStore.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <unistd.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -115,10 +112,8 @@ StudyStore::StudyStore(const std::string& path, Database::Access access) : datab
   const auto pages = pragma(database_, "PRAGMA page_count");
   const auto pageSize = pragma(database_, "PRAGMA page_size");
   if (std::filesystem::file_size(path) < static_cast<std::uintmax_t>(pages * pageSize)) {
-    throw StoreError(
-        fmt::format("the store {} is cut off: it has {} bytes of {}; it is left as it is: restore it from a "
-                    "copy, or begin in another folder with --out",
-                    path, std::filesystem::file_size(path), pages * pageSize));
+    throw StoreError(fmt::format("the store {} is cut off: it has {} bytes of {}; it is left as it is: {}", path,
+                                 std::filesystem::file_size(path), pages * pageSize, kWayOut));
   }
   readIdentity();
 }
@@ -153,10 +148,10 @@ bool StudyStore::hasUnit(std::int64_t experiment, std::int64_t unit) {
   return isThere;
 }
 
-std::vector<std::int64_t> StudyStore::unitsFrom(std::int64_t experiment, std::int64_t first) {
+std::vector<std::int64_t> StudyStore::units(std::int64_t experiment) {
   std::vector<std::int64_t> units;
-  Statement statement(database_, "SELECT unit FROM unit WHERE experiment = ? AND unit >= ? ORDER BY unit");
-  statement.bind(experiment).bind(first);
+  Statement statement(database_, "SELECT unit FROM unit WHERE experiment = ? ORDER BY unit");
+  statement.bind(experiment);
   while (statement.step()) {
     units.push_back(statement.integer(0));
   }
@@ -246,9 +241,8 @@ UnitObservations StudyStore::observations(std::int64_t experiment, std::int64_t 
   }
   if (!isThere || head.text(1) != checksum.finish()) {
     throw StoreError(
-        fmt::format("the store {}: the observations of unit {} of experiment {} are not those that were stored; "
-                    "restore it from a copy, or begin in another folder with --out",
-                    database_.path(), unit, experiment));
+        fmt::format("the store {}: the observations of unit {} of experiment {} are not those that were stored; {}",
+                    database_.path(), unit, experiment, kWayOut));
   }
   observations.simulatorVersion = head.text(0);
   return observations;

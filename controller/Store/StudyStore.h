@@ -1,10 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "Process/ResultFile.h"
@@ -62,8 +60,8 @@ class StudyStore {
   void setText(const std::string& name, const std::string& text);
 
   [[nodiscard]] bool hasUnit(std::int64_t experiment, std::int64_t unit);
-  /// Units of an experiment that are stored from the given one on, ascending.
-  [[nodiscard]] std::vector<std::int64_t> unitsFrom(std::int64_t experiment, std::int64_t first);
+  /// Units of an experiment that are stored, ascending.
+  [[nodiscard]] std::vector<std::int64_t> units(std::int64_t experiment);
   [[nodiscard]] std::int64_t countOfUnits(std::int64_t experiment);
   /// Adds a unit with its observations. Requires: it is not stored yet.
   void addUnit(const UnitRecord& record, const UnitObservations& observations);

@@ -47,7 +47,7 @@ double StudyRun::secondsPassed() const {
 
 StopReason StudyRun::run() {
   for (std::size_t i = 0; i < standings_.size(); ++i) {
-    const auto stored = store_.unitsFrom(static_cast<std::int64_t>(i), 0);
+    const auto stored = store_.units(static_cast<std::int64_t>(i));
     arrivedEarly_[i].insert(stored.begin(), stored.end());
     countStoredUnits(i);
   }

@@ -86,8 +86,8 @@ TEST_F(StudyStoreTest, WhatWasNotCommittedIsAsIfItHadNeverBeen) {
     store->commit();
     add(*store, 0, 1);
   }
-  EXPECT_THAT(open()->unitsFrom(0, 0), ElementsAre(2));
-  EXPECT_THAT(open()->unitsFrom(0, 3), IsEmpty());
+  EXPECT_THAT(open()->units(0), ElementsAre(2));
+  EXPECT_THAT(open()->units(1), IsEmpty());
 }
 
 TEST_F(StudyStoreTest, AUnitIsNotStoredTwice) {
