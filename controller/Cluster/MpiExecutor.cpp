@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <thread>
+#include <utility>
 
 #include "Cluster/RunMessage.h"
 #include "Process/LocalExecutor.h"

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 #include <vector>
 

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <set>
 #include <sstream>
+#include <system_error>
 
 #include "Study/Grid.h"
 

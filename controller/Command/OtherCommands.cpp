@@ -6,7 +6,8 @@
 #include <bit>
 #include <cstdio>
 #include <filesystem>
-#include <memory>
+#include <functional>
+#include <stdexcept>
 
 #include "Command/Export.h"
 #include "Command/RunCommand.h"
@@ -15,7 +16,6 @@
 #include "Process/LocalExecutor.h"
 #include "Process/Sha256.h"
 #include "Process/SignalPipe.h"
-#include "Store/ObservationBlob.h"
 #include "Store/SafeFile.h"
 #include "Study/Grid.h"
 #include "Study/Unit.h"

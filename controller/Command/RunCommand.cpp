@@ -9,8 +9,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <numeric>
 #include <sstream>
+#include <stdexcept>
 #include <utility>
 
 #include "Cluster/Cluster.h"

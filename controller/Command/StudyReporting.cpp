@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <sstream>
+#include <utility>
 
 #include "Command/StudyFolder.h"
 #include "Command/Version.h"

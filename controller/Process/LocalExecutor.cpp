@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "Process/Sha256.h"

@@ -5,6 +5,7 @@
 #include <bit>
 #include <map>
 #include <string_view>
+#include <utility>
 
 #include "Process/ByteOrder.h"
 

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <bit>
 #include <cerrno>
-#include <cstring>
 #include <fstream>
 #include <system_error>
 #include <vector>

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "Report/RoundNumbers.h"
 #include "Report/SvgPlot.h"

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 #include <sqlite3.h>
 
+#include <utility>
+
 namespace controller {
 namespace {
 

@@ -6,7 +6,9 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <stdexcept>
 #include <system_error>
+#include <utility>
 
 namespace controller {
 namespace {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdio>
-#include <stdexcept>
 #include <string>
 
 namespace controller {

@@ -4,6 +4,9 @@
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <span>
+#include <stdexcept>
+#include <utility>
 
 #include "Process/Sha256.h"
 #include "Store/ObservationBlob.h"

@@ -14,6 +14,8 @@
 #include <span>
 #include <sstream>
 #include <string_view>
+#include <system_error>
+#include <utility>
 
 #include "Process/LocalExecutor.h"
 #include "Process/Sha256.h"

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
+#include <utility>
 
 #include "Process/SignalPipe.h"
 #include "Study/Unit.h"

@@ -1,6 +1,5 @@
 #include "controller/Report/SampleReports.h"
 
-#include <cmath>
 #include <limits>
 
 #include "Report/ReportBuilder.h"
