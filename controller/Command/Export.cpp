@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <cmath>
+#include <iterator>
 #include <nlohmann/json.hpp>
 
 #include "Command/StudyFolder.h"
@@ -53,6 +54,17 @@ Json variableToJson(const ExperimentStanding& standing, std::size_t variable, co
           {"word", standing.rule().wordOf(variable)}};
 }
 
+/// Shows each unit that counts to `visit`: its experiment, its number and its observations.
+template <typename Visit>
+void visitUnits(StudyStore& store, const StudyGoal& goal, Visit visit) {
+  const auto& experiments = store.identity().experiments;
+  for (std::size_t i = 0; i < experiments.size(); ++i) {
+    static_cast<void>(standingOf(store, i, goal, [&](const ExperimentStanding& standing, const UnitObservations& unit) {
+      visit(experiments[i], standing.units() - 1, unit);
+    }));
+  }
+}
+
 }  // namespace
 
 void exportEstimatesAsCsv(StudyStore& store, const StudyGoal& goal, const TextSink& sink) {
@@ -81,7 +93,7 @@ void exportEstimatesAsJson(StudyStore& store, const StudyGoal& goal, const TextS
                {"simulator", study.simulator},
                {"sha256", study.simulatorDigest},
                {"simulatorVersion", study.simulatorVersion},
-               {"kind", study.isTerminating ? "terminating" : "steady"},
+               {"kind", modeOf(study)},
                {"generator", generatorName(study.generator)},
                {"seed", study.seed},
                {"batchesPerUnit", study.batchesPerUnit},
@@ -108,42 +120,34 @@ void exportEstimatesAsJson(StudyStore& store, const StudyGoal& goal, const TextS
 
 void exportObservationsAsCsv(StudyStore& store, const StudyGoal& goal, const TextSink& sink) {
   sink("experiment,unit,batch,variable,value\n");
-  const auto& experiments = store.identity().experiments;
-  for (std::size_t i = 0; i < experiments.size(); ++i) {
-    const std::string name = quoted(experiments[i].name);
-    static_cast<void>(standingOf(store, i, goal, [&](const ExperimentStanding& standing, const UnitObservations& unit) {
-      fmt::memory_buffer lines;
-      for (const VariableObservations& row : unit.variables) {
-        for (std::size_t batch = 0; batch < row.values.size(); ++batch) {
-          fmt::format_to(std::back_inserter(lines), "{},{},{},{},{}\n", name, standing.units() - 1, batch, row.variable,
-                         row.values[batch]);
-        }
+  visitUnits(store, goal, [&](const Experiment& experiment, std::int64_t number, const UnitObservations& unit) {
+    const std::string name = quoted(experiment.name);
+    fmt::memory_buffer lines;
+    for (const VariableObservations& row : unit.variables) {
+      for (std::size_t batch = 0; batch < row.values.size(); ++batch) {
+        fmt::format_to(std::back_inserter(lines), "{},{},{},{},{}\n", name, number, batch, row.variable,
+                       row.values[batch]);
       }
-      sink(fmt::to_string(lines));
-    }));
-  }
+    }
+    sink(fmt::to_string(lines));
+  });
 }
 
 void exportObservationsAsJson(StudyStore& store, const StudyGoal& goal, const TextSink& sink) {
-  const StudyIdentity& study = store.identity();
-  for (std::size_t i = 0; i < study.experiments.size(); ++i) {
-    const Experiment& experiment = study.experiments[i];
-    static_cast<void>(standingOf(store, i, goal, [&](const ExperimentStanding& standing, const UnitObservations& unit) {
-      const std::int64_t number = standing.units() - 1;
-      Json json = {{"experiment", experiment.name},
-                   {"unit", number},
-                   {"seed", unitSeed(study.seed, experiment.name, number)},
-                   {"variables", Json::array()}};
-      for (const VariableObservations& row : unit.variables) {
-        Json values = Json::array();
-        for (const double value : row.values) {
-          values.push_back(numberToJson(value));
-        }
-        json["variables"].push_back({{"variable", row.variable}, {"observations", values}});
+  visitUnits(store, goal, [&](const Experiment& experiment, std::int64_t number, const UnitObservations& unit) {
+    Json json = {{"experiment", experiment.name},
+                 {"unit", number},
+                 {"seed", unitSeed(store.identity().seed, experiment.name, number)},
+                 {"variables", Json::array()}};
+    for (const VariableObservations& row : unit.variables) {
+      Json values = Json::array();
+      for (const double value : row.values) {
+        values.push_back(numberToJson(value));
       }
-      sink(json.dump() + "\n");
-    }));
-  }
+      json["variables"].push_back({{"variable", row.variable}, {"observations", values}});
+    }
+    sink(json.dump() + "\n");
+  });
 }
 
 }  // namespace controller

@@ -145,8 +145,8 @@ int tellStatus(const StatusOptions& options) {
   for (std::size_t i = 0; i < study.experiments.size(); ++i) {
     standings.push_back(standingOf(*store, i, goal));
   }
-  fmt::print("Study of {} ({}), seed {}, {} batches in a unit\n", study.simulator,
-             study.isTerminating ? "terminating" : "steady state", study.seed, study.batchesPerUnit);
+  fmt::print("Study of {} ({}), seed {}, {} batches in a unit\n", study.simulator, kindOf(study), study.seed,
+             study.batchesPerUnit);
   fmt::print("{}", tableOfEstimates(study, standings));
   for (std::size_t i = 0; i < study.experiments.size(); ++i) {
     fmt::print("Stored for \"{}\": {} units, of which {} count\n", study.experiments[i].name,

@@ -10,7 +10,7 @@ namespace controller {
 namespace {
 
 constexpr std::chrono::milliseconds kOnTerminal{500};
-constexpr std::chrono::seconds kElsewhere{10};
+constexpr std::chrono::milliseconds kElsewhere{10'000};
 
 std::string timeInWords(double seconds) {
   if (seconds < 120) {
@@ -67,7 +67,7 @@ Progress::~Progress() {
 
 void Progress::show(const StudyRun& run) {
   const auto now = std::chrono::steady_clock::now();
-  if (isQuiet_ || now - last_ < (isTerminal_ ? std::chrono::milliseconds(kOnTerminal) : kElsewhere)) {
+  if (isQuiet_ || now - last_ < (isTerminal_ ? kOnTerminal : kElsewhere)) {
     return;
   }
   last_ = now;

@@ -31,7 +31,7 @@ NamedValues provenanceOf(StudyStore& store) {
   NamedValues provenance = {{"Simulator", store.text("simulatorPath").value_or(study.simulator)},
                             {"Simulator's version", study.simulatorVersion},
                             {"SHA-256 of the executable", study.simulatorDigest},
-                            {"Kind of run", study.isTerminating ? "terminating" : "steady state"},
+                            {"Kind of run", kindOf(study)},
                             {"Generator", generatorName(study.generator)},
                             {"Seed of the study", std::to_string(study.seed)},
                             {"Batches in a unit", std::to_string(study.batchesPerUnit)},

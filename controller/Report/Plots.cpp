@@ -44,9 +44,12 @@ class Range {
 };
 
 bool isDrawable(const Range& range) {
-  // Beyond that differences overflow.
-  return !range.isEmpty() && std::isfinite(range.axis("").from) && std::isfinite(range.axis("").to) &&
-         std::isfinite(range.axis("").to - range.axis("").from);
+  if (range.isEmpty()) {
+    return false;
+  }
+  const PlotAxis axis = range.axis("");
+  return std::isfinite(axis.from) && std::isfinite(axis.to) &&
+         std::isfinite(axis.to - axis.from);  // or else it overflows
 }
 
 std::string intervalInWords(double mean, double lower, double upper) {
@@ -65,10 +68,8 @@ std::string convergencePlot(const VariableReport& variable) {
   const double wanted = variable.wantedHalfWidth;
   const double last = variable.estimate.mean;
   for (const ConvergencePoint& point : variable.convergence) {
-    if (!std::isfinite(point.mean) || !std::isfinite(point.lower) || !std::isfinite(point.upper)) {
-      continue;
-    }
-    if (point.count * 1000 < variable.estimate.count) {
+    const bool isFinite = std::isfinite(point.mean) && std::isfinite(point.lower) && std::isfinite(point.upper);
+    if (!isFinite || point.count * 1000 < variable.estimate.count) {
       continue;
     }
     const auto count = static_cast<double>(point.count);

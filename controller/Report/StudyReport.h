@@ -44,9 +44,8 @@ struct VariableReport {
   std::string verdict;             ///< StoppingRule::standingOfVariable(), such as "reached"
   std::string word;                ///< StoppingRule::wordOf()
   std::vector<Quantile> quantiles;
-  double quantileError =
-      0.0;  ///< greatest error of a quantile's probability, and of a bin's share at each of its ends;
-            ///< 0 if they are exact
+  /// Greatest error of a quantile's probability, and of a bin's share at each of its ends; 0 if they are exact.
+  double quantileError = 0.0;
   std::vector<HistogramBin> histogram;  ///< by ascending value; without the outermost observations, if outside is not 0
   std::int64_t outside = 0;             ///< observations beyond the histogram's ends
   std::vector<ConvergencePoint> convergence;  ///< by ascending count

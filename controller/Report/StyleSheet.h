@@ -47,7 +47,6 @@ thead th { color: var(--soft); font-weight: 600; font-size: 0.8rem; vertical-ali
 th:first-child { text-align: left; position: sticky; left: 0; background: var(--card); }
 td.text, th.text { text-align: left; }
 td.long { white-space: normal; overflow-wrap: anywhere; min-width: 12rem; }
-td.words { white-space: normal; min-width: 16rem; }
 tbody th { font-weight: 600; }
 tbody th.wrap { white-space: normal; overflow-wrap: break-word; min-width: 10rem; max-width: 18rem; }
 .plots { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(100%, 24rem), 1fr)); gap: 1rem; }

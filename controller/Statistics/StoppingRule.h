@@ -25,10 +25,10 @@ enum class Verdict {
 /// variables that have observations, so that all k intervals hold together with confidence c (Bonferroni; R. G. Miller,
 /// Simultaneous Statistical Inference, 1981). A variable is precise if its half-width is at most wantedHalfWidth(). The
 /// experiment is, when all variables are, with the least number of batches, at two checkpoints in a row (or at the one
-/// that the greatest number of batches brings): one alone is reached too often by a variance that happens to look small (Y. S. Chow and H. Robbins, On the asymptotic theory of
-/// fixed-width sequential confidence intervals for the mean, 1965, for what stopping so does to the coverage; P. W. Glynn
-/// and W. Whitt, The asymptotic validity of sequential stopping rules for stochastic simulations, 1992, for why there has
-/// to be a least sample).
+/// that the greatest number of batches brings): one alone is reached too often by a variance that happens to look small
+/// (Y. S. Chow and H. Robbins, On the asymptotic theory of fixed-width sequential confidence intervals for the mean, 1965,
+/// for what stopping so does to the coverage; P. W. Glynn and W. Whitt, The asymptotic validity of sequential stopping
+/// rules for stochastic simulations, 1992, for why there has to be a least sample).
 ///
 /// Three kinds of variables would otherwise never end, or too soon:
 ///   - A mean that may be 0 has no relative precision. If its interval holds 0 and even the mean farthest from 0 in it
@@ -85,9 +85,6 @@ class StoppingRule {
   /// of the size of its mean as it stands, with which the error is at most p of the size of the true mean wherever in the
   /// interval that lies (A. M. Law, Simulation Modeling and Analysis, 5th edition, 2015, 9.4.1). NaN without a mean.
   [[nodiscard]] double wantedHalfWidth(std::size_t variable) const;
-
-  /// The moments of all observations of a variable so far.
-  [[nodiscard]] const ObservationSummary& summary(std::size_t variable) const { return summaries_.at(variable); }
 
   /// Confidence of each single interval, by Bonferroni's share among the variables that have observations.
   [[nodiscard]] double variableConfidence() const noexcept;

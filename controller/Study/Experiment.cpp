@@ -22,15 +22,22 @@ bool Experiment::has(std::int32_t variable) const {
   return std::find(variables.begin(), variables.end(), variable) != variables.end();
 }
 
+const char* modeOf(const StudyIdentity& study) {
+  return study.isTerminating ? "terminating" : "steady";
+}
+
+const char* kindOf(const StudyIdentity& study) {
+  return study.isTerminating ? "terminating" : "steady state";
+}
+
 std::string differenceOf(const StudyIdentity& stored, const StudyIdentity& wanted) {
   const auto differ = [](const char* what, const auto& there, const auto& here) {
     return there == here ? std::string() : fmt::format("its {} is {}, and {} is asked for", what, there, here);
   };
-  const auto kind = [](const StudyIdentity& study) { return study.isTerminating ? "terminating" : "steady"; };
   for (const std::string& difference :
        {differ("simulator", stored.simulator, wanted.simulator),
         differ("executable's SHA-256", stored.simulatorDigest, wanted.simulatorDigest),
-        differ("kind of run", std::string(kind(stored)), std::string(kind(wanted))),
+        differ("kind of run", std::string(modeOf(stored)), std::string(modeOf(wanted))),
         differ("generator", stored.generator, wanted.generator), differ("seed", stored.seed, wanted.seed),
         differ("number of batches in a unit", stored.batchesPerUnit, wanted.batchesPerUnit),
         differ("list of experiments", namesOf(stored.experiments), namesOf(wanted.experiments))}) {

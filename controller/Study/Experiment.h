@@ -28,6 +28,10 @@ struct StudyIdentity {
   std::vector<Experiment> experiments;
 };
 
+/// The kind of the study's runs: as option --mode has it, "terminating" or "steady", and in words for people.
+[[nodiscard]] const char* modeOf(const StudyIdentity& study);
+[[nodiscard]] const char* kindOf(const StudyIdentity& study);
+
 /// Why the units of one study cannot go on in the other, or nothing where they can.
 [[nodiscard]] std::string differenceOf(const StudyIdentity& stored, const StudyIdentity& wanted);
 
