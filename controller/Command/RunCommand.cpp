@@ -81,7 +81,7 @@ StudyGoal goalOf(const RunOptions& options) {
     readVariables(options.variables, goal);
   }
   try {
-    const StoppingRule check(goal.goal, {"any"});
+    requireSound(goal.goal);
   } catch (const std::invalid_argument& fault) {
     throw UsageError(fault.what());
   }

@@ -126,7 +126,7 @@ struct ReportBuilder::ExperimentStream {
 };
 
 ReportBuilder::ReportBuilder(std::string title, Goal goal) {
-  const StoppingRule checked(goal, {"any"});
+  requireSound(goal);
   report_.title = std::move(title);
   report_.goal = goal;
 }
