@@ -3,50 +3,27 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <bit>
 #include <cmath>
 #include <limits>
 #include <string>
 
+#include "controller/Process/ResultFileBuilder.h"
+
 namespace controller {
 namespace {
 
+using support::ResultFileBuilder;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::ThrowsMessage;
-
-/// A result file that is put together by hand, number by number.
-class FileBuilder {
- public:
-  explicit FileBuilder(const std::string& head) : bytes_(head) { bytes_.resize(256, '\0'); }
-
-  FileBuilder& number(std::uint64_t value, int width) {
-    for (int shift = 8 * (width - 1); shift >= 0; shift -= 8) {
-      bytes_ += static_cast<char>(value >> shift & 0xffU);
-    }
-    return *this;
-  }
-  FileBuilder& value(double value) { return number(std::bit_cast<std::uint64_t>(value), 8); }
-  FileBuilder& messageHead(std::uint64_t length, std::uint64_t records) {
-    return number(length, 4).number(0, 1).number(1, 2).number(records, 2);
-  }
-  FileBuilder& recordHead(std::uint64_t variable, std::uint64_t count) {
-    return number(variable, 2).number(1, 1).number(count, 4);
-  }
-
-  [[nodiscard]] const std::string& bytes() const { return bytes_; }
-
- private:
-  std::string bytes_;
-};
 
 constexpr const char* kHead =
     "QUORVA_SIM_BIN_FILE,256,QUORVA_VER=Version 2.5,FILE_VER=1,EXPERIMENTS=1,SEED=99,RANDOMGEN=Mersenne "
     "Twister,BATCHES=3,,";
 
 /// Two variables with three observations each, in two messages: 2 batches, then 1.
-FileBuilder wholeFile() {
-  FileBuilder file(kHead);
+ResultFileBuilder wholeFile() {
+  ResultFileBuilder file(kHead);
   file.messageHead(9 + 2 * 7 + 4 * 8, 2);
   file.recordHead(0, 2).value(1.5).value(-0.0);
   file.recordHead(4, 2).value(2.0).value(3.0);
@@ -105,44 +82,44 @@ TEST(ResultFileTest, TheHeadMustBeThatOfTheRun) {
 }
 
 TEST(ResultFileTest, AMessageThatAnnouncesMoreThanThereIsIsRefusedWithoutRoomForIt) {
-  FileBuilder file(kHead);
+  ResultFileBuilder file(kHead);
   file.messageHead(0x7fffffff, 1).recordHead(0, 0x7fffffff).value(1.0);
   expectRefusal(file.bytes(), "announces 2147483647 bytes, and 24 are left");
-  FileBuilder record(kHead);
+  ResultFileBuilder record(kHead);
   record.messageHead(9 + 7 + 8, 1).recordHead(0, 0xffffffff).value(1.0);
   expectRefusal(record.bytes(), "announces 4294967295 observations, and its message has room for 1");
 }
 
 TEST(ResultFileTest, AMessageMustEndWhereItsRecordsDo) {
-  FileBuilder file(kHead);
+  ResultFileBuilder file(kHead);
   file.messageHead(9 + 7 + 16, 1).recordHead(0, 1).value(1.0).value(2.0);
   expectRefusal(file.bytes(), "ends at byte 288, and its records at byte 280");
-  FileBuilder shortOne(kHead);
+  ResultFileBuilder shortOne(kHead);
   shortOne.messageHead(8, 0);
   expectRefusal(shortOne.bytes(), "announces 8 bytes");
 }
 
 TEST(ResultFileTest, AnotherKindOfRecordIsRefused) {
-  FileBuilder file(kHead);
+  ResultFileBuilder file(kHead);
   file.messageHead(9 + 7 + 8, 1).number(0, 2).number(2, 1).number(1, 4).value(1.0);
   expectRefusal(file.bytes(), "of variable 0, kind 2, with 1 observations");
 }
 
 TEST(ResultFileTest, AMessageOfAnotherRunIsRefused) {
-  FileBuilder file(kHead);
+  ResultFileBuilder file(kHead);
   file.number(9, 4).number(3, 1).number(1, 2).number(0, 2);
   expectRefusal(file.bytes(), "of client 3 and experiment 1");
 }
 
 TEST(ResultFileTest, ATerminatingRunHasAsManyObservationsAsBatches) {
-  FileBuilder file(kHead);
+  ResultFileBuilder file(kHead);
   file.messageHead(9 + 7 + 8, 1).recordHead(0, 1).value(1.0);
   expectRefusal(file.bytes(), "1 observations of variable 0, and 3 batches were asked for");
-  expectRefusal(FileBuilder(kHead).bytes(), "holds no observation");
+  expectRefusal(ResultFileBuilder(kHead).bytes(), "holds no observation");
 }
 
 TEST(ResultFileTest, ASteadyStateRunMayHaveMoreAndDoesNotCountInItsHead) {
-  FileBuilder file(
+  ResultFileBuilder file(
       "QUORVA_SIM_BIN_FILE,256,QUORVA_VER=Version 2.5,FILE_VER=1,EXPERIMENTS=1,SEED=99,RANDOMGEN=Mersenne "
       "Twister,BATCHES=0,,");
   file.messageHead(9 + 2 * 7 + 3 * 8, 2).recordHead(2, 1).value(1.0).recordHead(3, 2).value(2.0).value(3.0);

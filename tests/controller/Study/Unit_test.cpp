@@ -3,10 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <bit>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "Study/UnitSeed.h"
+#include "controller/Process/ResultFileBuilder.h"
 
 namespace controller {
 namespace {
@@ -24,26 +26,15 @@ StudyIdentity studyOf(std::int64_t batchesPerUnit) {
   return study;
 }
 
-std::string number(std::uint64_t value, int width) {
-  std::string bytes;
-  for (int shift = 8 * (width - 1); shift >= 0; shift -= 8) {
-    bytes += static_cast<char>(value >> shift & 0xffU);
-  }
-  return bytes;
-}
-
 /// The result file of a unit of one batch in which each of the variables is as large as its number.
-std::string resultFile(std::uint32_t seed, const std::vector<std::uint64_t>& variables) {
-  std::string file =
-      "QUORVA_SIM_BIN_FILE,256,QUORVA_VER=Version 2.5,FILE_VER=1,EXPERIMENTS=1,SEED=" + std::to_string(seed) +
-      ",RANDOMGEN=Tausworthe,BATCHES=1,,";
-  file.resize(256, '\0');
-  file += number(9 + 15 * variables.size(), 4) + number(0, 1) + number(1, 2) + number(variables.size(), 2);
-  for (const std::uint64_t variable : variables) {
-    file += number(variable, 2) + number(1, 1) + number(1, 4) +
-            number(std::bit_cast<std::uint64_t>(static_cast<double>(variable)), 8);
+std::string resultFile(std::uint32_t seed, const std::vector<std::uint16_t>& variables) {
+  support::ResultFileBuilder file("QUORVA_SIM_BIN_FILE,256,QUORVA_VER=Version 2.5,FILE_VER=1,EXPERIMENTS=1,SEED=" +
+                                  std::to_string(seed) + ",RANDOMGEN=Tausworthe,BATCHES=1,,");
+  file.messageHead(9 + 15 * variables.size(), variables.size());
+  for (const std::uint16_t variable : variables) {
+    file.recordHead(variable, 1).value(variable);
   }
-  return file;
+  return file.bytes();
 }
 
 UnitObservations observationsIn(const std::string& file, std::int64_t unit) {
