@@ -1,7 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <compare>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -9,6 +8,7 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "Process/Executor.h"
@@ -64,7 +64,9 @@ class StudyRun {
   struct Unit {
     std::size_t experiment = 0;
     std::int64_t number = 0;
-    auto operator<=>(const Unit&) const = default;
+    bool operator<(const Unit& other) const {
+      return std::tie(experiment, number) < std::tie(other.experiment, other.number);
+    }
   };
 
   void countStoredUnits(std::size_t experiment);
