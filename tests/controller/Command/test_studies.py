@@ -65,17 +65,18 @@ class SameAnswer(QuorvaCase):
 
 
 class Extension(QuorvaCase):
-    WORDS = ["-e", 0, "--unit-batches", 20, "--least", 60, "-q", "-o", "s"]
+    def study(self, simulator, precision, *words, out="s"):
+        self.call("run", simulator, "-e", 0, "--unit-batches", 20, "--least", 60, "-q", "-p", precision, "-o", out, *words)
 
     def test_a_tighter_precision_runs_no_unit_twice_and_comes_out_as_if_asked_for_at_once(self):
         simulator = self.fake()
-        self.call("run", simulator, *self.WORDS, "-j", 2, "-p", "30%")
+        self.study(simulator, "30%", "-j", 2)
         loose = self.export("s")
-        self.call("run", simulator, *self.WORDS, "-j", 2, "-p", "5%")
+        self.study(simulator, "5%", "-j", 2)
         tight = self.both_exports("s")
         self.assertNotEqual(self.export("s"), loose)
         at_once = self.fake(name="at-once")
-        self.call("run", at_once, "-e", 0, "--unit-batches", 20, "--least", 60, "-q", "-o", "t", "-p", "5%", "-j", 1)
+        self.study(at_once, "5%", "-j", 1, out="t")
         self.assertEqual(self.both_exports("t"), tight)
         # A unit that was under way when the first call ended is run again; one that was stored is not.
         stored = {}
@@ -85,22 +86,22 @@ class Extension(QuorvaCase):
 
     def test_the_same_command_again_runs_nothing(self):
         simulator = self.fake()
-        self.call("run", simulator, *self.WORDS, "-j", 1, "-p", "30%")
+        self.study(simulator, "30%", "-j", 1)
         before, text = self.calls(simulator), self.both_exports("s")
-        self.call("run", simulator, *self.WORDS, "-j", 1, "-p", "30%")
+        self.study(simulator, "30%", "-j", 1)
         self.assertEqual(self.calls(simulator), before)
         self.assertEqual(self.both_exports("s"), text)
 
     def test_a_looser_precision_counts_fewer_units(self):
         simulator = self.fake()
-        self.call("run", simulator, *self.WORDS, "-p", "5%")
-        self.call("run", simulator, *self.WORDS, "-p", "30%")
-        self.call("run", simulator, "-e", 0, "--unit-batches", 20, "--least", 60, "-q", "-o", "t", "-p", "30%")
+        self.study(simulator, "5%")
+        self.study(simulator, "30%")
+        self.study(simulator, "30%", out="t")
         self.assertEqual(self.both_exports("s"), self.both_exports("t"))
 
     def test_rerun_repeats_units_bit_for_bit_and_tells_where_they_differ(self):
         simulator = self.fake()
-        self.call("run", simulator, *self.WORDS, "-p", "30%")
+        self.study(simulator, "30%")
         self.assertEqual(self.call("rerun", "s", "--units", "0,2").stdout,
                          'Unit 0 of "0": the same, bit for bit\nUnit 2 of "0": the same, bit for bit\n')
         text = simulator.read_text()
