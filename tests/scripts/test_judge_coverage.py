@@ -11,7 +11,7 @@ SOURCE = ["void f() {", "  reached();", "  give(up | in);", "  give(up | in);", 
 HEAD = "| File | Line | Why no test reaches it |\n|---|---|---|\n"
 
 
-class JudgeCoverage(unittest.TestCase):
+class CoverageList(unittest.TestCase):
     def judge(self, missed, rows, reached=1000, branches=(100, 100)):
         """The status and the words on a report in which those lines of SOURCE are not reached, beside `reached` others."""
         with tempfile.TemporaryDirectory() as name:
