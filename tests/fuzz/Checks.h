@@ -1,16 +1,14 @@
 #pragma once
 
-#include <cstdint>
-#include <span>
 #include <string>
+
+#include "fuzz/Input.h"
 
 // What is fuzzed. Each check makes of any bytes an input, gives it to the simulator and compares what comes of it with what
 // the rules say, worked out another way. It gives the first difference in words, or nothing. All are silent, can be called
 // again and again in one process, and write files in FuzzFolder alone.
 
 namespace fuzz {
-
-using Input = std::span<const std::uint8_t>;
 
 /// Words of a command line, one a line. Every option's value and every message; and where the options allow it, a short run
 /// with them.

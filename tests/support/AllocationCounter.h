@@ -8,4 +8,7 @@ namespace support {
 /// have AllocationCounter.cpp among its own sources, which replaces the program's operator new.
 [[nodiscard]] std::size_t allocations();
 
+/// Bytes that these asked for, all of them together.
+[[nodiscard]] std::size_t allocatedBytes();
+
 }  // namespace support
