@@ -20,7 +20,7 @@ namespace fuzz {
 /// What a manager sends: the answers, the reports in between, and the state of the simulator behind each signal.
 [[nodiscard]] std::string checkSignals(Input input);
 
-/// A small model, run against the plain interpreter.
+/// A small model in a terminating or a steady-state run, against the plain interpreter.
 [[nodiscard]] std::string checkRandomModel(Input input);
 
 }  // namespace fuzz

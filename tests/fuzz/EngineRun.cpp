@@ -326,13 +326,23 @@ modelling::ChildModel childOf(const NodeRecipe& node, Recorder& recorder) {
   }
 }
 
+modelling::PerformanceVariable& addVariable(modelling::RewardModel& rewards, const RewardRecipe& reward) {
+  switch (reward.kind) {
+    case RewardRecipe::Kind::kInstant:
+      return rewards.instantOfTime("variable", reward.stop);
+    case RewardRecipe::Kind::kInterval:
+      return rewards.intervalOfTime("variable", reward.start, reward.stop);
+    case RewardRecipe::Kind::kTimeAveraged:
+      return rewards.timeAveraged("variable", reward.start, reward.stop);
+    default:
+      return rewards.steadyState("variable", reward.start, reward.stop - reward.start);
+  }
+}
+
 void measure(modelling::RewardModel& rewards, const ModelRecipe& model, Recorder& recorder) {
   rewards.model(childOf(model.top, recorder));
   for (const RewardRecipe& reward : model.rewards) {
-    modelling::PerformanceVariable& variable =
-        reward.kind == RewardRecipe::Kind::kInstant    ? rewards.instantOfTime("variable", reward.stop)
-        : reward.kind == RewardRecipe::Kind::kInterval ? rewards.intervalOfTime("variable", reward.start, reward.stop)
-                                                       : rewards.timeAveraged("variable", reward.start, reward.stop);
+    modelling::PerformanceVariable& variable = addVariable(rewards, reward);
     if (reward.hasRate) {
       variable.rate(reward.rateModel, [rate = reward.rate](RecipeModel& leaf) { return rate.value(leaf); });
     }
@@ -423,12 +433,15 @@ Trajectory runOnEngine(const ModelRecipe& model, const char* resultFile) {
   });
   const StreamGenerator& generator = installGenerator(model.uniforms);
   {
-    SimulatorProbe simulator({"-N" + std::to_string(model.batches), "-b", resultFile});
+    SimulatorProbe simulator({"-N" + std::to_string(model.batches), model.isSteadyState ? "-t0" : "-t1",
+                              "-n" + std::to_string(model.reportSize), "-b", resultFile});
     simulator.Run();
   }
   trajectory.drawn = generator.drawn();
   support::setStudyFactory(nullptr);
   trajectory.observations = observationsIn(support::bytesOf(resultFile));
+  // What was not observed at all is not in the file.
+  trajectory.observations.resize(std::max(trajectory.observations.size(), model.rewards.size()));
   return trajectory;
 }
 

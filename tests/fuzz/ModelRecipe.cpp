@@ -93,10 +93,27 @@ class ModelMaker {
     for (int i = 0; i < rewards; ++i) {
       model.rewards.push_back(reward());
     }
+    chooseKindOfRun(model);
     return model;
   }
 
  private:
+  /// Decided last, so that a model is the same in either kind of run.
+  void chooseKindOfRun(ModelRecipe& model) {
+    model.isSteadyState = bytes_.oneIn(2);
+    for (RewardRecipe& reward : model.rewards) {
+      const bool isOfOtherKind = &reward != &model.rewards.front() && bytes_.oneIn(5);
+      if (model.isSteadyState != isOfOtherKind) {
+        reward.kind = RewardRecipe::Kind::kSteadyState;
+        reward.stop = reward.start + bytes_.among(kWindows);
+      }
+    }
+    if (model.isSteadyState) {
+      model.batches = bytes_.among({3, 1, 2, 10});
+    }
+    model.reportSize = bytes_.among({1000, 1, 2});
+  }
+
   // ---- Composition ----
 
   /// A model of up to `depth` levels of composition, which itself stands in `instances` copies.
@@ -534,7 +551,8 @@ void tell(std::ostream& out, const NodeRecipe& node, const std::string& indent) 
 
 std::string describe(const ModelRecipe& model) {
   std::ostringstream out;
-  out << model.batches << " batches, SIMTEST " << model.simTest << '\n';
+  out << (model.isSteadyState ? "steady state, " : "terminating, ") << model.batches << " batches, reports of "
+      << model.reportSize << ", SIMTEST " << model.simTest << '\n';
   tell(out, model.top, "");
   for (const RewardRecipe& reward : model.rewards) {
     out << "reward of kind " << static_cast<int>(reward.kind) << " over [" << reward.start << ", " << reward.stop

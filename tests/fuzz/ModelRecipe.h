@@ -178,9 +178,10 @@ struct NodeRecipe {
   [[nodiscard]] std::vector<VariableRecipe> offered() const;
 };
 
-/// One performance variable.
+/// One performance variable. Its window is that of each terminating batch; that of a steady-state variable is its first batch,
+/// behind the transient, and each further one follows the one before it.
 struct RewardRecipe {
-  enum class Kind { kInstant, kInterval, kTimeAveraged };
+  enum class Kind { kInstant, kInterval, kTimeAveraged, kSteadyState };
   Kind kind = Kind::kInstant;
   double start = 0.0;
   double stop = 1.0;
@@ -192,12 +193,16 @@ struct RewardRecipe {
   std::string impulseAction;
   Amount impulse;
   bool impulseIsSum = false;
+
+  [[nodiscard]] bool isSteadyState() const { return kind == Kind::kSteadyState; }
 };
 
 struct ModelRecipe {
   NodeRecipe top;
-  std::vector<RewardRecipe> rewards;
-  int batches = 1;
+  std::vector<RewardRecipe> rewards;  // the first of the run's kind
+  bool isSteadyState = false;         // the run
+  int batches = 1;                    // in a steady-state run, of the slowest variable
+  int reportSize = 1000;
   int simTest = 2;  // how the engine builds the chains
   Uniforms uniforms{Uniforms::Grain::kFine, 0};
 };

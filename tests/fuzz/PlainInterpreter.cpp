@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <limits>
 #include <sstream>
 #include <utility>
 
@@ -13,6 +14,7 @@ namespace {
 
 constexpr std::size_t kMostFirings = 1500;
 constexpr long kMostDraws = 200000;
+constexpr std::size_t kMostBatches = 500;
 
 struct Fatal {
   std::string words;
@@ -20,13 +22,64 @@ struct Fatal {
 struct Assertion {};
 struct Endless {};
 
+/// Where the steady-state variables cut a trajectory.
+class Cuts {
+ public:
+  Cuts() = default;
+  explicit Cuts(const std::vector<RewardRecipe>& rewards) {
+    for (const RewardRecipe& reward : rewards) {
+      cuts_.push_back({reward.isSteadyState(), reward.stop, reward.stop - reward.start});
+    }
+  }
+
+  /// The next firing is at that time: batches that end there or before it are over.
+  void reach(double time) {
+    for (Cut& cut : cuts_) {
+      while (cut.isMade && time >= cut.next) {
+        cut.next += cut.length;
+        if (++cut.finished > kMostBatches) {
+          throw Endless();
+        }
+      }
+    }
+  }
+
+  [[nodiscard]] bool allHave(std::size_t batches) const {
+    return std::ranges::all_of(cuts_, [&](const Cut& cut) { return !cut.isMade || cut.finished >= batches; });
+  }
+
+  /// Batches of each variable; none of a terminating one.
+  [[nodiscard]] std::vector<std::size_t> finished() const {
+    std::vector<std::size_t> finished;
+    for (const Cut& cut : cuts_) {
+      finished.push_back(cut.finished);
+    }
+    return finished;
+  }
+
+ private:
+  struct Cut {
+    bool isMade;
+    double next;  // the end of the batch that is under way or lies ahead
+    double length;
+    std::size_t finished = 0;
+  };
+  std::vector<Cut> cuts_;  // by variable
+};
+
 class Interpreter {
  public:
   explicit Interpreter(const ModelRecipe& model)
       : flat_(flattened(model.top)), chains_(chainsOf(flat_, model.simTest)), uniforms_(model.uniforms) {
     batches_ = model.batches;
+    isSteadyState_ = model.isSteadyState;
     for (const RewardRecipe& reward : model.rewards) {
-      run_.stopTime = std::max(run_.stopTime, reward.stop);
+      if (!reward.isSteadyState()) {
+        run_.stopTime = std::max(run_.stopTime, reward.stop);
+      }
+    }
+    if (isSteadyState_) {
+      cuts_ = Cuts(model.rewards);
     }
     ties_.assign(flat_.entries.size() + 1, 0);
   }
@@ -35,7 +88,11 @@ class Interpreter {
     run_.instances = flat_.instances;
     run_.initialMarks = marks();
     try {
-      runBatches();
+      if (isSteadyState_) {
+        runOn();
+      } else {
+        runBatches();
+      }
     } catch (const Fatal& fatal) {
       run_.end = PlainRun::End::kFatal;
       run_.words = fatal.words;
@@ -46,6 +103,7 @@ class Interpreter {
       run_.end = PlainRun::End::kEndless;
     }
     run_.trajectory.drawn = uniforms_.drawn();
+    run_.finished = cuts_.finished();
     return std::move(run_);
   }
 
@@ -377,6 +435,30 @@ class Interpreter {
     }
   }
 
+  /// One trajectory without a return, until the slowest variable has its batches and one firing more is done.
+  void runOn() {
+    for (int entry = 0; entry < static_cast<int>(flat_.entries.size()); ++entry) {
+      enabled(nodeOfEntry(entry));
+    }
+    for (int entry = 0; entry < static_cast<int>(flat_.entries.size()); ++entry) {
+      if (enabled(nodeOfEntry(entry))) {
+        schedule(entry);
+      }
+    }
+    bool isLast = false;
+    while (!events_.empty()) {
+      const Event next = choose();
+      if (isLast || next.time == std::numeric_limits<double>::infinity()) {
+        break;
+      }
+      now_ = next.time;
+      cuts_.reach(now_);
+      isLast = cuts_.allHave(static_cast<std::size_t>(batches_));
+      step(next.entry);
+    }
+    run_.batchEnds.push_back(run_.trajectory.firings.size());
+  }
+
   void step(int entry) {
     remove(entry);
     const Node& fired = fire(nodeOfEntry(entry));
@@ -440,6 +522,8 @@ class Interpreter {
   std::vector<std::vector<int>> chains_;
   Uniforms uniforms_;
   int batches_ = 0;
+  bool isSteadyState_ = false;
+  Cuts cuts_;
   PlainRun run_;
 
   double now_ = 0.0;

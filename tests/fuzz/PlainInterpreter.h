@@ -24,8 +24,9 @@ struct PlainRun {
   Trajectory trajectory;            // without observations
   std::vector<Instance> instances;  // the tree's atomic models
   std::vector<int> initialMarks;
-  std::vector<std::size_t> batchEnds;  // number of firings up to the end of each batch
-  double stopTime = 0.0;               // of each batch
+  std::vector<std::size_t> batchEnds;  // number of firings up to the end of each batch; a steady-state run is one
+  double stopTime = 0.0;               // of each batch of a terminating run
+  std::vector<std::size_t> finished;   // by variable, in a steady-state run: batches that it has finished
 };
 
 /// Runs a model from the rules alone, one vector and one loop at a time: no event list with back pointers, no chains built

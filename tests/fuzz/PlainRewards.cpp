@@ -60,7 +60,9 @@ double integralOf(const RewardRecipe& reward, const PlainRun& run, Firings firin
 double impulsesOf(const RewardRecipe& reward, const PlainRun& run, Firings firings) {
   double sum = 0.0;
   for (const Firing& firing : firings) {
-    if (firing.time < reward.start || firing.time > reward.stop) {
+    // The end of a batch in a long run is the start of the next one, to which it belongs.
+    if (firing.time < reward.start || firing.time > reward.stop ||
+        (reward.isSteadyState() && firing.time == reward.stop)) {
       continue;
     }
     for (const Instance& instance : run.instances) {
@@ -75,7 +77,7 @@ double impulsesOf(const RewardRecipe& reward, const PlainRun& run, Firings firin
 }
 
 double valueOf(const RewardRecipe& reward, const PlainRun& run, Firings firings) {
-  const bool isAverage = reward.kind == RewardRecipe::Kind::kTimeAveraged;
+  const bool isAverage = reward.kind == RewardRecipe::Kind::kTimeAveraged || reward.isSteadyState();
   double value = 0.0;
   if (reward.hasRate) {
     value = reward.kind == RewardRecipe::Kind::kInstant ? rateAt(reward, run, firings, reward.stop)
@@ -93,15 +95,34 @@ Firings batchOf(const PlainRun& run, std::size_t batch) {
   return Firings(run.trajectory.firings).subspan(begin, run.batchEnds[batch] - begin);
 }
 
+/// A variable of the other kind is not looked at, and is 0 in each terminating batch.
+std::vector<double> terminatingValues(const RewardRecipe& reward, const PlainRun& run) {
+  std::vector<double> values;
+  for (std::size_t batch = 0; batch < run.batchEnds.size(); ++batch) {
+    values.push_back(reward.isSteadyState() ? 0.0 : valueOf(reward, run, batchOf(run, batch)));
+  }
+  return values;
+}
+
+std::vector<double> steadyStateValues(const RewardRecipe& reward, const PlainRun& run, std::size_t batches) {
+  const double length = reward.stop - reward.start;
+  std::vector<double> values;
+  for (std::size_t batch = 0; batch < batches; ++batch) {
+    RewardRecipe window = reward;
+    window.start = reward.start + static_cast<double>(batch) * length;
+    window.stop = window.start + length;
+    values.push_back(valueOf(window, run, batchOf(run, 0)));
+  }
+  return values;
+}
+
 }  // namespace
 
 std::vector<std::vector<double>> rewardsOf(const ModelRecipe& model, const PlainRun& run) {
   std::vector<std::vector<double>> values;
-  for (const RewardRecipe& reward : model.rewards) {
-    std::vector<double>& ofReward = values.emplace_back();
-    for (std::size_t batch = 0; batch < run.batchEnds.size(); ++batch) {
-      ofReward.push_back(valueOf(reward, run, batchOf(run, batch)));
-    }
+  for (std::size_t i = 0; i < model.rewards.size(); ++i) {
+    values.push_back(model.isSteadyState ? steadyStateValues(model.rewards[i], run, run.finished[i])
+                                         : terminatingValues(model.rewards[i], run));
   }
   return values;
 }

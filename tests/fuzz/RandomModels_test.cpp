@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
@@ -108,6 +109,50 @@ TEST(RandomModelSeeds, reachEveryDistributionAndEveryWayOfComposing) {
   EXPECT_GT(shared, 50);
   EXPECT_GT(replicated, 100);
   EXPECT_GT(inGroups, 100);
+}
+
+TEST(RandomModelSeeds, reachSteadyStateWithEveryWayOfCuttingATrajectory) {
+  int inSteadyState = 0;
+  int withTransient = 0;
+  int withBatchesOfDifferentLengths = 0;
+  int withAFasterVariable = 0;
+  int withVariablesOfBothKinds = 0;
+  int withMoreThanOneReport = 0;
+  int endedEarly = 0;
+  std::size_t batches = 0;
+  forSeeds(0, 600, [&](std::uint64_t /*seed*/, const ModelRecipe& model, const PlainRun& plain) {
+    if (plain.end != PlainRun::End::kOrderly || !model.isSteadyState) {
+      return;
+    }
+    ++inSteadyState;
+    std::set<double> lengths;
+    std::size_t fewest = plain.finished.front();
+    std::size_t most = 0;
+    for (std::size_t i = 0; i < model.rewards.size(); ++i) {
+      const fuzz::RewardRecipe& reward = model.rewards[i];
+      if (reward.isSteadyState()) {
+        lengths.insert(reward.stop - reward.start);
+        fewest = std::min(fewest, plain.finished[i]);
+        most = std::max(most, plain.finished[i]);
+        withTransient += reward.start > 0.0 && plain.finished[i] > 0 ? 1 : 0;
+        batches += plain.finished[i];
+      } else {
+        ++withVariablesOfBothKinds;
+      }
+    }
+    withBatchesOfDifferentLengths += lengths.size() > 1 ? 1 : 0;
+    withAFasterVariable += most > fewest && fewest > 0 ? 1 : 0;
+    withMoreThanOneReport += most > static_cast<std::size_t>(model.reportSize) ? 1 : 0;
+    endedEarly += fewest < static_cast<std::size_t>(model.batches) ? 1 : 0;
+  });
+  EXPECT_GT(inSteadyState, 100);
+  EXPECT_GT(withTransient, 40);
+  EXPECT_GT(withBatchesOfDifferentLengths, 40);
+  EXPECT_GT(withAFasterVariable, 40);
+  EXPECT_GT(withVariablesOfBothKinds, 20);
+  EXPECT_GT(withMoreThanOneReport, 40);
+  EXPECT_GT(endedEarly, 20);
+  EXPECT_GT(batches, 1000U);
 }
 
 }  // namespace
