@@ -12,7 +12,7 @@ namespace {
 struct View {
   const std::vector<int>& marks;
   int firstCell;
-  [[nodiscard]] int get(int cell) const { return marks[static_cast<std::size_t>(firstCell + cell)]; }
+  [[nodiscard]] int get(int cell) const { return marks[at(firstCell + cell)]; }
 };
 
 using Firings = std::span<const Firing>;

@@ -79,7 +79,7 @@ std::string checkObservations(Input input) {
     found = controller::unpackObservations(std::as_bytes(input));
   } catch (const std::runtime_error&) {
   }
-  const std::string excess = allocated.excess(input.size(), kFactor);
+  std::string excess = allocated.excess(input.size(), kFactor);
   if (!excess.empty()) {
     return excess;
   }
