@@ -3,6 +3,8 @@
 #include <bit>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
+#include <string>
+#include <utility>
 
 #include "Process/ByteOrder.h"
 
@@ -41,6 +43,18 @@ Parts unpack(std::span<const std::byte> bytes) {
   return {Json::parse(text, text + length), bytes.subspan(kLengthBytes + static_cast<std::size_t>(length))};
 }
 
+/// A whole number that a variable of the type holds. A conversion would take a fraction too, and cut what is too large.
+template <typename Number>
+void getWhole(const Json& json, const char* name, Number& number) {
+  const Json& value = json.at(name);
+  const bool isWhole = value.is_number_integer() &&
+                       (!value.is_number_unsigned() || std::in_range<std::int64_t>(value.get<std::uint64_t>()));
+  if (!isWhole || !std::in_range<Number>(value.get<std::int64_t>())) {
+    throw std::runtime_error(std::string("a message between processes has no whole number for ") + name);
+  }
+  number = value.get<Number>();
+}
+
 }  // namespace
 
 std::vector<std::byte> packRequest(std::int64_t ticket, const RunRequest& request) {
@@ -58,13 +72,13 @@ std::vector<std::byte> packRequest(std::int64_t ticket, const RunRequest& reques
 TicketedRequest unpackRequest(std::span<const std::byte> bytes) {
   const Json json = unpack(bytes).json;
   TicketedRequest result;
-  json.at("ticket").get_to(result.ticket);
+  getWhole(json, "ticket", result.ticket);
   json.at("program").get_to(result.request.program);
   json.at("digest").get_to(result.request.digest);
   json.at("arguments").get_to(result.request.arguments);
   json.at("timeLimitSeconds").get_to(result.request.timeLimitSeconds);
-  json.at("cpuLimitSeconds").get_to(result.request.cpuLimitSeconds);
-  json.at("greatestFileBytes").get_to(result.request.greatestFileBytes);
+  getWhole(json, "cpuLimitSeconds", result.request.cpuLimitSeconds);
+  getWhole(json, "greatestFileBytes", result.request.greatestFileBytes);
   json.at("wantsTrace").get_to(result.request.wantsTrace);
   return result;
 }
@@ -76,6 +90,7 @@ std::vector<std::byte> packFinished(const Executor::Finished& finished) {
                {"number", outcome.number},
                {"out", outcome.out},
                {"err", outcome.err},
+               {"trace", outcome.trace},
                {"wallSeconds", outcome.wallSeconds},
                {"cpuSeconds", outcome.cpuSeconds},
                {"host", outcome.host}},
@@ -85,15 +100,17 @@ std::vector<std::byte> packFinished(const Executor::Finished& finished) {
 Executor::Finished unpackFinished(std::span<const std::byte> bytes) {
   const Parts parts = unpack(bytes);
   Executor::Finished finished;
-  parts.json.at("ticket").get_to(finished.ticket);
-  const int end = parts.json.at("end").get<int>();
+  getWhole(parts.json, "ticket", finished.ticket);
+  int end = 0;
+  getWhole(parts.json, "end", end);
   if (end < 0 || end > static_cast<int>(RunEnd::Replaced)) {
     throw std::runtime_error("a message between processes tells of an end that there is none of");
   }
   finished.outcome.end = static_cast<RunEnd>(end);
-  parts.json.at("number").get_to(finished.outcome.number);
+  getWhole(parts.json, "number", finished.outcome.number);
   parts.json.at("out").get_to(finished.outcome.out);
   parts.json.at("err").get_to(finished.outcome.err);
+  parts.json.at("trace").get_to(finished.outcome.trace);
   parts.json.at("wallSeconds").get_to(finished.outcome.wallSeconds);
   parts.json.at("cpuSeconds").get_to(finished.outcome.cpuSeconds);
   parts.json.at("host").get_to(finished.outcome.host);

@@ -57,7 +57,7 @@ std::vector<std::byte> packObservations(std::span<const double> observations) {
   return bytes;
 }
 
-std::vector<double> unpackObservations(std::span<const std::byte> bytes) {
+std::vector<double> unpackObservations(std::span<const std::byte> bytes, std::size_t most) {
   const auto refuse = [] { throw std::runtime_error("stored observations are damaged"); };
   if (bytes.size() < kHeadBytes) {
     refuse();
@@ -65,10 +65,10 @@ std::vector<double> unpackObservations(std::span<const std::byte> bytes) {
   const auto form = static_cast<Form>(bytes[0]);
   const std::uint64_t count = numberAt(bytes, 1);
   const std::span<const std::byte> rest = bytes.subspan(kHeadBytes);
-  const bool hasItsSize = count <= kGreatestCount && (form == Form::Constant  ? rest.size() == kDoubleBytes && count > 0
-                                                      : form == Form::Bytes   ? rest.size() == count
-                                                      : form == Form::Doubles ? rest.size() == kDoubleBytes * count
-                                                                              : false);
+  const bool hasItsSize = count <= most && (form == Form::Constant  ? rest.size() == kDoubleBytes && count > 0
+                                            : form == Form::Bytes   ? rest.size() == count
+                                            : form == Form::Doubles ? rest.size() == kDoubleBytes * count
+                                                                    : false);
   if (!hasItsSize) {
     refuse();
   }

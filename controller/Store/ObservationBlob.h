@@ -14,8 +14,9 @@ namespace controller {
 ///   2  a byte for each observation, which is that integer from 0 to 255
 [[nodiscard]] std::vector<std::byte> packObservations(std::span<const double> observations);
 
-/// Throws std::runtime_error for bytes that packObservations does not make. Memory: at most kGreatestCount observations.
-[[nodiscard]] std::vector<double> unpackObservations(std::span<const std::byte> bytes);
+/// Throws std::runtime_error for bytes of no such form, and for more than `most` observations, which bounds the memory, as
+/// one value may stand for any number of them.
+[[nodiscard]] std::vector<double> unpackObservations(std::span<const std::byte> bytes, std::size_t most);
 
 /// Observations of one variable in one unit, at most: what the greatest result file has room for.
 inline constexpr std::size_t kGreatestCount = std::size_t{1} << 27;

@@ -7,6 +7,7 @@
 #include <span>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 #include "Process/Sha256.h"
 #include "Store/ObservationBlob.h"
@@ -225,29 +226,34 @@ UnitObservations StudyStore::observations(std::int64_t experiment, std::int64_t 
   }
   Statement head(database_, "SELECT simulatorVersion, checksum FROM unit WHERE experiment = ? AND unit = ?");
   head.bind(experiment).bind(unit);
-  UnitObservations observations;
   Checksum checksum;
   const bool isThere = head.step();
+  std::vector<std::pair<std::int32_t, std::vector<std::byte>>> rows;
   findObservations_->bind(experiment).bind(unit);
-  try {
-    while (findObservations_->step()) {
-      const std::int64_t variable = findObservations_->integer(0);
-      const auto data = findObservations_->blob(1);
-      checksum.add(variable, data);
-      observations.variables.push_back({static_cast<std::int32_t>(variable), unpackObservations(data)});
-    }
-  } catch (const StoreError&) {
-    throw;
-  } catch (const std::runtime_error& error) {
-    throw StoreError(
-        fmt::format("the store {}, unit {} of experiment {}: {}", database_.path(), unit, experiment, error.what()));
+  while (findObservations_->step()) {
+    const std::int64_t variable = findObservations_->integer(0);
+    const auto data = findObservations_->blob(1);
+    checksum.add(variable, data);
+    rows.emplace_back(static_cast<std::int32_t>(variable), std::vector<std::byte>(data.begin(), data.end()));
   }
+  // Nothing is made of bytes that were not stored so.
   if (!isThere || head.text(1) != checksum.finish()) {
     throw StoreError(
         fmt::format("the store {}: the observations of unit {} of experiment {} are not those that were stored; {}",
                     database_.path(), unit, experiment, kWayOut));
   }
+  UnitObservations observations;
   observations.simulatorVersion = head.text(0);
+  const std::size_t most =
+      identity_.isTerminating ? static_cast<std::size_t>(identity_.batchesPerUnit) : kGreatestCount;
+  try {
+    for (const auto& [variable, data] : rows) {
+      observations.variables.push_back({variable, unpackObservations(data, most)});
+    }
+  } catch (const std::runtime_error& error) {
+    throw StoreError(
+        fmt::format("the store {}, unit {} of experiment {}: {}", database_.path(), unit, experiment, error.what()));
+  }
   return observations;
 }
 

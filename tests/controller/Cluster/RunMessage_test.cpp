@@ -33,7 +33,7 @@ constexpr const char* kRequest =
 
 std::string answerWithEnd(int end) {
   return R"({"ticket":4,"end":)" + std::to_string(end) +
-         R"(,"number":9,"out":"a\u0000b","err":"\ud83d\ude82","wallSeconds":1.5,"cpuSeconds":0.25,"host":"north"})";
+         R"(,"number":9,"out":"a\u0000b","err":"\ud83d\ude82","trace":"step","wallSeconds":1.5,"cpuSeconds":0.25,"host":"north"})";
 }
 
 TEST(RunMessageTest, ARequestIsReadAsItStands) {
@@ -55,6 +55,7 @@ TEST(RunMessageTest, AnAnswerBringsTheResultFileBehindIt) {
   EXPECT_EQ(read.outcome.number, 9);
   EXPECT_EQ(read.outcome.out, std::string("a\0b", 3));
   EXPECT_EQ(read.outcome.err, "\xf0\x9f\x9a\x82");
+  EXPECT_EQ(read.outcome.trace, "step");
   EXPECT_EQ(read.outcome.wallSeconds, 1.5);
   EXPECT_EQ(read.outcome.cpuSeconds, 0.25);
   EXPECT_EQ(read.outcome.host, "north");
@@ -90,6 +91,7 @@ TEST(RunMessageTest, AnOutcomeComesBackWithTheBytesOfItsResultFile) {
   finished.outcome.resultFile = bytesOf(std::string("}\0\xff{", 4));
   finished.outcome.out = "said";
   finished.outcome.err = "complained";
+  finished.outcome.trace = "a\nb\n";
   finished.outcome.wallSeconds = 1.5;
   finished.outcome.cpuSeconds = 0.1;
   finished.outcome.host = "node-1";
@@ -100,6 +102,7 @@ TEST(RunMessageTest, AnOutcomeComesBackWithTheBytesOfItsResultFile) {
   EXPECT_EQ(back.outcome.resultFile, finished.outcome.resultFile);
   EXPECT_EQ(back.outcome.out, "said");
   EXPECT_EQ(back.outcome.err, "complained");
+  EXPECT_EQ(back.outcome.trace, "a\nb\n");
   EXPECT_EQ(back.outcome.wallSeconds, 1.5);
   EXPECT_EQ(back.outcome.cpuSeconds, 0.1);
   EXPECT_EQ(back.outcome.host, "node-1");
@@ -122,6 +125,19 @@ TEST(RunMessageTest, DamagedMessagesAreRefused) {
   EXPECT_THROW(static_cast<void>(unpackRequest(message("[1]"))), std::exception);
   EXPECT_THROW(static_cast<void>(unpackRequest(message("{}"))), std::exception);
   EXPECT_THROW(static_cast<void>(unpackFinished(message(kRequest))), std::exception);
+}
+
+TEST(RunMessageTest, WhatIsNoWholeNumberOfItsRangeIsRefused) {
+  const std::string request = kRequest;
+  for (const char* number :
+       {"7.0", "1e3", "2147483648", "-2147483649", "18446744073709551615", "true", "\"7\"", "null"}) {
+    std::string changed = request;
+    changed.replace(changed.find(":7,") + 1, 1, number);
+    EXPECT_THROW(static_cast<void>(unpackRequest(message(changed))), std::exception) << number;
+  }
+  std::string greatest = request;
+  greatest.replace(greatest.find(":7,") + 1, 1, "2147483647");
+  EXPECT_EQ(unpackRequest(message(greatest)).request.cpuLimitSeconds, 2147483647);
 }
 
 TEST(RunMessageTest, TheLengthOfTheJsonStandsAheadOfItWithItsLeastByteFirst) {

@@ -13,7 +13,7 @@ namespace {
 void expectSameBits(const std::vector<double>& values, std::size_t bytes) {
   const auto packed = packObservations(values);
   EXPECT_EQ(packed.size(), bytes);
-  const auto back = unpackObservations(packed);
+  const auto back = unpackObservations(packed, values.size());
   ASSERT_EQ(back.size(), values.size());
   for (std::size_t i = 0; i < values.size(); ++i) {
     EXPECT_EQ(std::bit_cast<std::uint64_t>(back[i]), std::bit_cast<std::uint64_t>(values[i])) << i;
@@ -35,20 +35,30 @@ TEST(ObservationBlobTest, EveryBitComesBackWhateverTheForm) {
 TEST(ObservationBlobTest, DamagedBytesAreRefused) {
   auto whole = packObservations(std::vector<double>{1.5, 2.5});
   for (std::size_t length = 0; length < whole.size(); ++length) {
-    EXPECT_THROW(static_cast<void>(unpackObservations(std::span(whole).first(length))), std::runtime_error) << length;
+    EXPECT_THROW(static_cast<void>(unpackObservations(std::span(whole).first(length), kGreatestCount)),
+                 std::runtime_error)
+        << length;
   }
   auto form = whole;
   form[0] = std::byte{3};
-  EXPECT_THROW(static_cast<void>(unpackObservations(form)), std::runtime_error);
+  EXPECT_THROW(static_cast<void>(unpackObservations(form, kGreatestCount)), std::runtime_error);
   auto count = whole;
   count[8] = std::byte{0xff};
-  EXPECT_THROW(static_cast<void>(unpackObservations(count)), std::runtime_error);
+  EXPECT_THROW(static_cast<void>(unpackObservations(count, kGreatestCount)), std::runtime_error);
+}
+
+TEST(ObservationBlobTest, MoreObservationsThanThereMayBeAreRefusedInEachForm) {
+  for (const auto& values : {std::vector{0.5, 1.5, 2.5}, std::vector{2.0, 2.0, 2.0}, std::vector{1.0, 2.0, 3.0}}) {
+    const auto packed = packObservations(values);
+    EXPECT_EQ(unpackObservations(packed, 3), values);
+    EXPECT_THROW(static_cast<void>(unpackObservations(packed, 2)), std::runtime_error);
+  }
 }
 
 TEST(ObservationBlobTest, AConstantThatAnnouncesMoreThanAFileCouldHoldIsRefused) {
   auto constant = packObservations(std::vector<double>{2.0, 2.0});
   constant[5] = std::byte{1};  // 2^32 observations and two
-  EXPECT_THROW(static_cast<void>(unpackObservations(constant)), std::runtime_error);
+  EXPECT_THROW(static_cast<void>(unpackObservations(constant, kGreatestCount)), std::runtime_error);
 }
 
 }  // namespace

@@ -42,8 +42,8 @@ auto partsOf(const controller::TicketedRequest& message) {
 
 auto partsOf(const controller::Executor::Finished& message) {
   const controller::RunOutcome& outcome = message.outcome;
-  return std::tuple(message.ticket, outcome.end, outcome.number, outcome.out, outcome.err, outcome.wallSeconds,
-                    outcome.cpuSeconds, outcome.host, outcome.resultFile);
+  return std::tuple(message.ticket, outcome.end, outcome.number, outcome.out, outcome.err, outcome.trace,
+                    outcome.wallSeconds, outcome.cpuSeconds, outcome.host, outcome.resultFile);
 }
 
 Bytes packed(const controller::TicketedRequest& message) {
