@@ -5,11 +5,13 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <iostream>
 #include <sstream>
 #include <string>
 #include <type_traits>
 
 #include "support/CapturedOutput.h"
+#include "support/FlushWatch.h"
 #include "support/TestComposite.h"
 #include "support/TestVariable.h"
 
@@ -268,6 +270,7 @@ TEST_F(ActionVariablesTest, PrintInfoShowsVariablesAndSettingsAsNumbers) {
             "Disabled = 1\n"
             "Reactivation = 1\n"
             "DistributionType = 11\n");
+  EXPECT_TRUE(support::isFlushedAtTheEnd(std::cout, [&] { action.PrintInfo(); }));
 }
 
 TEST_F(ActionVariablesTest, AnIndexOutsideAListFailsTheListsAssertion) {

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <csignal>
 #include <cstddef>
+#include <iostream>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -14,6 +15,7 @@
 
 #include "support/CallLog.h"
 #include "support/CapturedOutput.h"
+#include "support/FlushWatch.h"
 #include "support/ScriptedGenerator.h"
 #include "support/ScriptedLeaf.h"
 #include "support/TestVariable.h"
@@ -729,6 +731,7 @@ TEST_F(BaseGroupClassTest, PrintInfoNamesMembersAndSelection) {
             "  a\n"
             "  b\n"
             "Selected Action = b\n");
+  EXPECT_TRUE(support::isFlushedAtTheEnd(std::cout, [&] { group.PrintInfo(); }));
 }
 
 TEST_F(BaseGroupClassTest, PrintGroupIndentsAndNumbersTheTree) {

@@ -1,8 +1,10 @@
 #include "BaseClasses/BaseStateVariableClass.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <iostream>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -10,6 +12,7 @@
 
 #include "BaseClasses/BaseActionClass.h"
 #include "support/CapturedOutput.h"
+#include "support/FlushWatch.h"
 #include "support/TestVariable.h"
 
 namespace {
@@ -228,6 +231,12 @@ TEST_F(VariableActionsTest, TheListsArePrintedBelowTheNameOfTheVariable) {
             "Affecting actions for queue:\n[0] " + addressOf(&a) + "\n[1] " + addressOf(&b) + "\n");
   EXPECT_EQ(support::standardOutputOf([&] { variable.printEnabledActions(); }),
             "Enabled actions for queue:\nNo items in the list\n");
+  EXPECT_THAT(support::linesHeldBack(std::cout,
+                                     [&] {
+                                       variable.printAffectingActions();
+                                       variable.printEnabledActions();
+                                     }),
+              testing::IsEmpty());
 }
 
 TEST_F(VariableActionsTest, AnIndexAtTheCountFailsAnAssertion) {

@@ -8,11 +8,13 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <iostream>
 #include <memory>
 #include <type_traits>
 #include <vector>
 
 #include "support/CapturedOutput.h"
+#include "support/FlushWatch.h"
 
 namespace {
 
@@ -101,6 +103,7 @@ TEST(LocalStateImageTest, PrintShowsSignedNumbersFivePlacesWide) {
   EXPECT_EQ(support::standardOutputOf([&] { image.print(); }), "    0    7   -1 -128  127\n");
   TestImage empty({});
   EXPECT_EQ(support::standardOutputOf([&] { empty.print(); }), "\n");
+  EXPECT_TRUE(support::isFlushedAtTheEnd(std::cout, [&] { image.print(); }));
 }
 
 TEST(LocalStateImageTest, AssignmentCopiesTheBytes) {

@@ -8,6 +8,8 @@
 
 #include "BaseClasses/BaseActionClass.h"
 #include "BaseClasses/BaseGroupClass.h"
+#include "BaseClasses/FastSet.h"
+#include "BaseClasses/OwnedText.h"
 #include "BaseClasses/StandardErrors.h"
 #include "support/CapturedOutput.h"
 #include "support/ScriptedGenerator.h"
@@ -20,6 +22,7 @@
 namespace {
 
 std::size_t allocations = 0;
+std::size_t releases = 0;
 bool memoryIsOut = false;
 
 void* allocate(std::size_t bytes) {
@@ -40,6 +43,16 @@ void* allocate(std::size_t bytes) {
   return memory;
 }
 
+void release(void* memory) noexcept {
+  releases += memory == nullptr ? 0 : 1;
+  std::free(memory);
+}
+
+/// Allocations that were not given back.
+std::size_t live() {
+  return allocations - releases;
+}
+
 void* allocateOrNull(std::size_t bytes) noexcept {
   try {
     return allocate(bytes);
@@ -55,12 +68,12 @@ void* operator new(std::size_t bytes) { return allocate(bytes); }
 void* operator new[](std::size_t bytes) { return allocate(bytes); }
 void* operator new(std::size_t bytes, const std::nothrow_t& /*tag*/) noexcept { return allocateOrNull(bytes); }
 void* operator new[](std::size_t bytes, const std::nothrow_t& /*tag*/) noexcept { return allocateOrNull(bytes); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t /*bytes*/) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t /*bytes*/) noexcept { std::free(memory); }
-void operator delete(void* memory, const std::nothrow_t& /*tag*/) noexcept { std::free(memory); }
-void operator delete[](void* memory, const std::nothrow_t& /*tag*/) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept { release(memory); }
+void operator delete[](void* memory) noexcept { release(memory); }
+void operator delete(void* memory, std::size_t /*bytes*/) noexcept { release(memory); }
+void operator delete[](void* memory, std::size_t /*bytes*/) noexcept { release(memory); }
+void operator delete(void* memory, const std::nothrow_t& /*tag*/) noexcept { release(memory); }
+void operator delete[](void* memory, const std::nothrow_t& /*tag*/) noexcept { release(memory); }
 // clang-format on
 
 namespace {
@@ -140,6 +153,31 @@ TEST(MemoryTest, AChoiceAllocatesNothing) {
   const std::size_t after = allocations;
   EXPECT_TRUE(selected);
   EXPECT_EQ(after - before, 0U);
+}
+
+TEST(MemoryTest, AFrozenSetGivesItsArrayBackWhenItIsClearedAndWhenItEnds) {
+  const std::size_t before = live();
+  {
+    FastSet cleared;
+    FastSet kept;
+    cleared.insert(7);
+    kept.insert(7);
+    cleared.NoMoreModifications();
+    kept.NoMoreModifications();
+    EXPECT_EQ(live(), before + 2);
+    cleared.clear();
+    EXPECT_EQ(live(), before + 1);
+  }
+  EXPECT_EQ(live(), before);
+}
+
+TEST(MemoryTest, ATextThatIsReplacedIsGivenBack) {
+  const std::size_t before = live();
+  char* owned = support::copyOfText("queue");
+  support::replaceText(owned, "server");
+  EXPECT_EQ(live(), before + 1);
+  support::replaceText(owned, nullptr);
+  EXPECT_EQ(live(), before);
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "BaseClasses/State.h"
 #include "BaseClasses/state/TestVariables.h"
 #include "Composer/TestModels.h"
+#include "support/AllocationCounter.h"
 #include "support/CapturedOutput.h"
 
 namespace {
@@ -254,6 +255,20 @@ TEST_F(JoinImageTest, LocalAndGlobalActionsAreNotAnswered) {
   base_action_list_t actions;
   EXPECT_DEATH(join_->GetLocalActions(actions), "Assertion failed: false, file Join\\.cpp");
   EXPECT_DEATH(join_->GetGlobalActions(actions), "Assertion failed: false, file Join\\.cpp");
+}
+
+TEST(JoinTest, ItGivesBackAllThatItMade) {
+  const auto makeAndUse = [] {
+    auto first = leafWithPlaces("first", {1, 2});
+    auto second = leafWithPlaces("second", {1});
+    SharedVariable shared{std::make_unique<Place>("shared"), {{0, placeOf(*first, 1)}, {1, placeOf(*second, 0)}}};
+    TestJoin join("join", childrenOf(std::move(first), std::move(second)), sharedOf(std::move(shared)));
+    imageOf(join);
+    State* state = nullptr;
+    join.ConstructLocalState(state);
+    join.DestructLocalState(state);
+  };
+  EXPECT_EQ(support::leftBehindBy(makeAndUse), 0U);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "BaseClasses/State.h"
 #include "BaseClasses/state/TestVariables.h"
 #include "Composer/TestModels.h"
+#include "support/AllocationCounter.h"
 #include "support/CapturedOutput.h"
 
 namespace {
@@ -305,6 +306,20 @@ TEST(RepDeathTest, ANegativeNumberOfReplicasIsReportedAndEndsTheProcessWithStatu
   EXPECT_EXIT(Rep("fleet", -1, 2, names), testing::ExitedWithCode(1), "^Number of reps for fleet must be >= 0\\.\n$");
   EXPECT_EXIT(Rep("fleet", -2147483647, 0, nullptr), testing::ExitedWithCode(1),
               "^Number of reps for fleet must be >= 0\\.\n$");
+}
+
+TEST(RepTest, ItGivesBackAllThatItMade) {
+  const auto makeAndUse = [] {
+    auto first = leafWithPlaces("replica", {1, 2});
+    auto second = leafWithPlaces("replica", {1, 2});
+    SharedVariable shared{std::make_unique<Place>("shared"), {{0, placeOf(*first, 0)}, {1, placeOf(*second, 0)}}};
+    TestRep rep("fleet", "train", childrenOf(std::move(first), std::move(second)), sharedOf(std::move(shared)));
+    imageOf(rep);
+    State* state = nullptr;
+    rep.ConstructLocalState(state);
+    rep.DestructLocalState(state);
+  };
+  EXPECT_EQ(support::leftBehindBy(makeAndUse), 0U);
 }
 
 }  // namespace

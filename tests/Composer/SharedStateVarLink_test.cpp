@@ -6,6 +6,7 @@
 
 #include "BaseClasses/SAN/Place.h"
 #include "Composer/TestModels.h"
+#include "support/AllocationCounter.h"
 #include "support/CapturedOutput.h"
 
 namespace {
@@ -62,12 +63,14 @@ TEST(SharedStateVarLinkTest, AVariableIsFoundInTheLinkAndBehindItButNotBefore) {
 }
 
 TEST(SharedStateVarLinkTest, ClearStateVarListFreesAWholeList) {
+  const std::size_t before = support::liveAllocations();
   auto* const list = new SharedStateVarLink;
   list->addStateVarLink(new SharedStateVarLink);
   list->addStateVarLink(new SharedStateVarLink);
   ASSERT_NE(list->getNext()->getNext(), nullptr);
   SharedStateVarLink anchor;
-  anchor.clearStateVarList(list);  // a leak or a second free is the sanitizer's to find
+  anchor.clearStateVarList(list);  // a second free is the sanitizer's to find
+  EXPECT_EQ(support::liveAllocations(), before);
   anchor.clearStateVarList(nullptr);
   EXPECT_EQ(anchor.getNext(), nullptr);
 }

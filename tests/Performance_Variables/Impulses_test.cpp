@@ -1,12 +1,15 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <iostream>
 #include <string>
 
 #include "Performance_Variables/ImpulseNodeClass.h"
 #include "Performance_Variables/IntervalOfTimeImpulse.h"
 #include "Performance_Variables/RewardKit.h"
 #include "support/CapturedOutput.h"
+#include "support/FlushWatch.h"
 
 namespace {
 
@@ -154,6 +157,7 @@ TEST_F(IntervalImpulseTest, AboveLevelThreeItTellsItsStateBeforeTheStep) {
             "Impulse Name = exits ImpulseNumber: 1 WorkerNumber: 4\nAccumulating = 0\nBefore: Impulse = 2.5\n");
   EXPECT_EQ(support::standardOutputOf([&] { TestImpulse(0).Accumulate(2.0, 1.0); }),
             "Impulse Name =  ImpulseNumber: -1 WorkerNumber: -1\nAccumulating = 0\nBefore: Impulse = 0\n");
+  EXPECT_THAT(support::linesHeldBack(std::cout, [&] { TestImpulse(0).Accumulate(2.0, 1.0); }), testing::IsEmpty());
   GlobalDebugLevel = 3;
   EXPECT_EQ(support::standardOutputOf([&] { impulse.Accumulate(3.0, 2.0); }), "");
 }

@@ -4,6 +4,7 @@
 
 #include "Performance_Variables/ActionModelPairClass.h"
 #include "Performance_Variables/VarModelPairClass.h"
+#include "support/AllocationCounter.h"
 
 TEST(VarModelPairTest, ANewPairHoldsNoTexts) {
   const VarModelPairClass pair;
@@ -54,4 +55,16 @@ TEST(ActionModelPairTest, APairCanBeSetFromItsOwnTexts) {
   pair.SetPair(pair.ActionName, pair.ModelName);
   EXPECT_STREQ(pair.ActionName, "serve");
   EXPECT_STREQ(pair.ModelName, "queue");
+}
+
+TEST(NamePairsTest, TheirTextsAreGivenBack) {
+  const auto makeAndSet = [] {
+    VarModelPairClass variable;
+    ActionModelPairClass action;
+    for (const char* const name : {"queue", "train"}) {
+      variable.SetPair("mark", name);
+      action.SetPair("serve", name);
+    }
+  };
+  EXPECT_EQ(support::leftBehindBy(makeAndSet), 0U);
 }

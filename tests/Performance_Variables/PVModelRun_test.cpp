@@ -237,6 +237,17 @@ TEST_F(PVModelRunTest, AStepAllocatesNothing) {
   EXPECT_EQ(support::allocations(), before);
 }
 
+TEST_F(PVModelRunTest, ItGivesBackAllThatItMade) {
+  const auto makeAndRun = [] {
+    TestRewardModel used(replicated("queue", 2, "serve"), variables());
+    used.ConsiderOnly(nullptr, 0);
+    used.step(used.actionOf(0), 0.5);
+    used.endBatch();
+    used.PVReset();
+  };
+  EXPECT_EQ(support::leftBehindBy(makeAndRun), 0U);
+}
+
 // State-space entries.
 
 TEST_F(PVModelRunTest, FiringInAStateTakesItsRewardsAndWritesTheNewImage) {

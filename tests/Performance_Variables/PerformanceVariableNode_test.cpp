@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cfloat>
+#include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,6 +17,7 @@
 #include "Performance_Variables/TimeAveragedIntervalOfTimeWorker.h"
 #include "Performance_Variables/VarModelPairClass.h"
 #include "support/CapturedOutput.h"
+#include "support/FlushWatch.h"
 
 namespace {
 
@@ -532,6 +534,12 @@ TEST(NodeImpulseWorkerTest, TheNumberOfWorkersIsToldUnderTheDebugLevel) {
   });
   EXPECT_THAT(text, testing::HasSubstr("There are 6 workers for Impulse : 0\n"));
   EXPECT_THAT(text, testing::HasSubstr("Number Of Actions with affects is: 2 , NumActions is: 5\n"));
+  EXPECT_THAT(
+      support::linesHeldBack(std::cout,
+                             [] {
+                               const TestRewardModel model(treeOf({{"a", 2}, {"b", 3}}), {impulseOver({"a", "b"})});
+                             }),
+      testing::IsEmpty());
 }
 
 TEST(NodeImpulseWorkerDeathTest, AnActionThatItsModelLacksIsReported) {

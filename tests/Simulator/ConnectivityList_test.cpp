@@ -5,6 +5,7 @@
 
 #include "BaseClasses/PostselectGroup.h"
 #include "Simulator/EngineTest.h"
+#include "support/FlushWatch.h"
 
 namespace {
 
@@ -242,6 +243,7 @@ TEST_F(ConnectivityListTest, PrintingShowsEachActionAndWhatItAffects) {
   simulator->PrintConnectivityList(&out);
   EXPECT_EQ(out.str(), "Action: " + ofA + "Checking my Affects\n" + "    " + ofB + "    " + ofA +  //
                            "Action: " + ofB + "Checking my Affects\n" + "    " + ofHomeless + "    " + ofB);
+  EXPECT_THAT(support::linesHeldBack(out, [&] { simulator->PrintConnectivityList(&out); }), testing::IsEmpty());
 }
 
 TEST_F(ConnectivityListTest, PrintingAnEmptyChainAborts) {

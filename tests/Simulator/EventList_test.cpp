@@ -20,6 +20,7 @@
 #include "Simulator/PAddress.h"
 #include "support/AllocationCounter.h"
 #include "support/CallLog.h"
+#include "support/FlushWatch.h"
 #include "support/ScriptedAnswers.h"
 #include "support/ScriptedGenerator.h"
 
@@ -529,6 +530,7 @@ TEST(EventListTest, PrintListWritesTheHeapInArrayOrder) {
             "(serve) 0.5 --> 2.5\n"
             "---------------------------------------------\n"
             "\n");
+  EXPECT_THAT(support::linesHeldBack(out, [&] { list.PrintList(out); }), testing::IsEmpty());
 }
 
 /// Three events in slots 0 to 2 of a list of four, and a way to break it.

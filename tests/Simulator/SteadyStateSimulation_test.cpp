@@ -16,6 +16,7 @@
 #include "Simulator/DataPacket.h"
 #include "Simulator/Heap.h"
 #include "Simulator/SteadyStateTest.h"
+#include "support/FlushWatch.h"
 #include "support/Loopback.h"
 #include "support/TemporaryFile.h"
 
@@ -397,6 +398,8 @@ TEST_F(AbsorbingTest, ItIsToldOnceDirectlyAndOnceThroughTheTrace) {
   start({"-t0", "-N100"});
   const std::string output = support::standardOutputOf([this] { simulator->Run(); });
   EXPECT_THAT(output, testing::StartsWith(kAbsorbing + kAbsorbing + "Actions fired: 5\nCPU time (s): "));
+  start({"-t0", "-N100"});
+  EXPECT_THAT(support::linesHeldBack(std::cout, [this] { simulator->Run(); }), IsEmpty());
 }
 
 TEST_F(AbsorbingTest, ATraceFileIsToldToo) {

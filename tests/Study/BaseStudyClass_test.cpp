@@ -6,12 +6,14 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <iostream>
 #include <limits>
 #include <string>
 #include <vector>
 
 #include "Study/StudyWithVariables.h"
 #include "support/CapturedOutput.h"
+#include "support/FlushWatch.h"
 
 namespace {
 
@@ -75,6 +77,7 @@ TEST(BaseStudyClassTest, HasNoRewardModelOfItsOwnWhateverTheArgument) {
 TEST(BaseStudyClassTest, SetGVsPrintsItsNameAndNothingElse) {
   BaseStudyClass study;
   EXPECT_EQ(standardOutputOf([&] { study.SetGVs(0); }), "basestudyclass::SetGVs\n");
+  EXPECT_TRUE(support::isFlushedAtTheEnd(std::cout, [&] { study.SetGVs(0); }));
 }
 
 TEST(BaseStudyClassTest, TheOtherOperationsOfTheBaseAreSilent) {

@@ -7,6 +7,7 @@ namespace {
 
 std::size_t count = 0;
 std::size_t bytes = 0;
+std::size_t released = 0;
 
 void* allocate(std::size_t size) {
   ++count;
@@ -21,6 +22,11 @@ void* allocateOrThrow(std::size_t size) {
   throw std::bad_alloc();
 }
 
+void release(void* memory) noexcept {
+  released += memory == nullptr ? 0 : 1;
+  std::free(memory);
+}
+
 }  // namespace
 
 namespace support {
@@ -31,6 +37,10 @@ std::size_t allocations() {
 
 std::size_t allocatedBytes() {
   return bytes;
+}
+
+std::size_t liveAllocations() {
+  return count - released;
 }
 
 }  // namespace support
@@ -54,17 +64,17 @@ void* operator new[](std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
 }
 
 void operator delete(void* memory) noexcept {
-  std::free(memory);
+  release(memory);
 }
 
 void operator delete[](void* memory) noexcept {
-  std::free(memory);
+  release(memory);
 }
 
 void operator delete(void* memory, std::size_t /*size*/) noexcept {
-  std::free(memory);
+  release(memory);
 }
 
 void operator delete[](void* memory, std::size_t /*size*/) noexcept {
-  std::free(memory);
+  release(memory);
 }
