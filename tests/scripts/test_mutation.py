@@ -71,6 +71,12 @@ class Finding(unittest.TestCase):
         self.assertEqual([("a = f();", ""), ("out.flush();", ""), ("delete record;", ""), ("break;", "")],
                          [change for change in changes(text, "drop")])
 
+    def test_what_looks_ahead_in_memory_is_left_alone(self):
+        text = in_function("__builtin_prefetch(&nodes[ahead + 4], 1);\nfetchAheadOf(next);\nv.reserve(n + 1);")
+        self.assertEqual([("n + 1", "n - 1")], changes(text, "operator"))
+        self.assertEqual([], changes(text, "drop"))
+        self.assertEqual([], changes(in_function("go();\nlookAhead();\n__builtin_prefetch(a);"), "order"))
+
     def test_neighbours_change_places_unless_that_can_change_nothing(self):
         self.assertEqual([("open(); read();", "read(); open();")], changes(in_function("open();\nread();"), "order"))
         self.assertEqual([], changes(in_function("a = 1;\nb = 2;"), "order"))
@@ -161,6 +167,13 @@ class Explaining(unittest.TestCase):
         page = "### `src/x.cpp`\n- `n < m` -> `n <= m` in `if (n < m) {`: \n"
         self.assertFalse(records.is_explained(mutants_of(in_function("if (n < m) {\n}"))[0], records.explanations(page)))
 
+    def test_an_explanation_of_what_is_not_in_the_source_any_more_is_told(self):
+        names = {"src/x.cpp": {records.name_of(mutant) for mutant in mutants_of(in_function("if (n < m) {\n}"))}}
+        self.assertEqual([], records.outdated(records.explanations(self.PAGE), names))
+        changed = {"src/x.cpp": {records.name_of(mutant) for mutant in mutants_of(in_function("if (n < k) {\n}"))}}
+        told = records.outdated(records.explanations(self.PAGE), changed)
+        self.assertEqual(["src/x.cpp"], [file for file, _ in told])
+
 
 class WholeRun(unittest.TestCase):
     """On a project of one function, whose tests do not look at its boundary."""
@@ -213,6 +226,11 @@ class WholeRun(unittest.TestCase):
             done = self.run_tool(top, "--report")
             self.assertEqual(0, done.returncode, done.stdout + done.stderr)
             self.assertIn("Explained: 1\n", done.stdout)
+
+            (top / "docs" / "mutation.md").write_text(self.EXPLAINED + self.EXPLAINED.replace("value", "number"))
+            done = self.run_tool(top, "--report")
+            self.assertEqual(1, done.returncode, done.stdout + done.stderr)
+            self.assertIn("Explained, and not in the sources any more: 1\n  src/limit.h: `number > limit` ->", done.stdout)
 
             (top / "docs" / "mutation.md").unlink()
             test = top / "tests" / "limit_test.cpp"

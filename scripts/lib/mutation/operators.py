@@ -18,7 +18,9 @@ STEPS = {"++": "--", "--": "++", "+=": "-=", "-=": "+=", "*=": "/=", "/=": "*=",
 
 NOT_DEFINED = ("_WIN32", "QUORVA_")  # beginnings of macros that the build of the mutants does not define
 NOT_BUILT = {"kArcsAreChecked"}      # constants that are false in it
-NO_RESULT = (".reserve(",)           # calls that only speed is in need of
+# Calls that only speed is in need of: they ask for memory ahead of its use.
+LOOKING_AHEAD = ("__builtin_prefetch(", "lookAhead(", "fetchAhead(", "fetchGroup(", "fetchAheadOf(")
+NO_RESULT = (".reserve(", *LOOKING_AHEAD)
 
 
 @dataclass
@@ -83,7 +85,8 @@ class Finder:
         """Where the language wants constants: assertions of the compiler, labels, enumerators, attributes, template heads."""
         source, tokens = self.source, self.source.tokens
         for i, token in enumerate(tokens):
-            if token.text in ("static_assert", "alignas", "sizeof", "decltype", "noexcept", "__attribute__", "requires"):
+            if token.text in ("static_assert", "alignas", "sizeof", "decltype", "noexcept", "__attribute__", "requires",
+                              "__builtin_prefetch"):
                 if i + 1 < len(tokens) and tokens[i + 1].text == "(":
                     yield token.start, tokens[source.match(i + 1)].end
             elif token.text == "constexpr" and tokens[i - 1].text == "if":
@@ -230,9 +233,10 @@ class Finder:
 
 
 def commute(first, second):
-    """Whether two statements give memory back, or are assignments without a call, neither of which names what the other
-    assigns to."""
-    if first.startswith("delete") and second.startswith("delete"):
+    """Whether two statements give memory back, or one of them only looks ahead, or they are assignments without a call,
+    neither of which names what the other assigns to."""
+    if first.startswith("delete") and second.startswith("delete") or \
+            first.startswith(LOOKING_AHEAD) or second.startswith(LOOKING_AHEAD):
         return True
 
     def assigned(text):

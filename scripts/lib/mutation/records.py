@@ -36,6 +36,13 @@ def is_explained(mutant, explained):
     return any(bullet.startswith(begin) and len(bullet) > len(begin) for bullet in explained[mutant.file])
 
 
+def outdated(explained, names):
+    """The explanations, as (file, bullet), of faults that cannot be made any more. `names` are those of all that can be, of
+    each file."""
+    return [(file, bullet) for file, bullets in sorted(explained.items()) for bullet in bullets
+            if not any(bullet.startswith(name + ": ") for name in names.get(file, ()))]
+
+
 def table(mutants, results):
     """A row for each folder, and one for all: mutants, caught, survived."""
     rows = collections.defaultdict(collections.Counter)

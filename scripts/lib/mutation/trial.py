@@ -16,7 +16,7 @@ import tempfile
 import threading
 import time
 
-from mutation import cpp, operators, schemata
+from mutation import cpp, operators, records, schemata
 
 SOURCE_SUFFIXES = (".cpp", ".h")
 NEEDED_FOR_BUILD = ("CMakeLists.txt", "CMakePresets.json", "README.md", "CHANGELOG.md", "cmake", "src", "models", "tests", "docs",
@@ -75,12 +75,14 @@ class Collection:
         self.paths = paths
         rejected = set(read_json(paths.rejected, []))
         self.sources, self.mutants, self.sites = {}, [], 0
+        self.names = {}  # of each file, those of all mutants that there could be
         for name in project_files(paths.top):
             if not name.endswith(SOURCE_SUFFIXES) or not name.startswith(folders) or name.startswith(left_out):
                 continue
             source = cpp.Source((paths.top / name).read_text())
             found = operators.Finder(name, source).mutants()
             self.sites += len(found)
+            self.names[name] = {records.name_of(mutant) for mutant in found}
             chosen = operators.select(found, share)
             if len(chosen) > most_per_file:
                 chosen = sorted(sorted(chosen, key=lambda mutant: mutant.rank)[:most_per_file],
@@ -171,7 +173,8 @@ def errors_of_header(paths, name):
 def configure(paths):
     command = ["cmake", "-S", str(paths.tree), "-B", str(paths.build), "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release",
                "-DCMAKE_CXX_FLAGS_RELEASE=-O1", f"-DCMAKE_CXX_FLAGS=-w -include {paths.tree}/mutant.h",
-               "-DQUORVA_BUILD_BENCHMARKS=OFF", "-DQUORVA_QUICK_TESTS=ON", "--no-warn-unused-cli"]
+               "-DQUORVA_BUILD_BENCHMARKS=OFF", "-DQUORVA_BUILD_CONTROLLER=OFF", "-DQUORVA_QUICK_TESTS=ON",
+               "--no-warn-unused-cli"]
     done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
     if done.returncode != 0:
         raise Failure(f"CMake could not configure the tree of the mutants:\n{done.stdout}")
@@ -227,6 +230,7 @@ class Program:
         self.is_gtest = tests[0].gtest_name is not None
         self.is_slow = not self.is_gtest and tests[0].is_slow
         self.left_out = []  # names of slow tests, and of those that fail without any mutant
+        self.long = []      # names of tests that take their time, to be run when the others have passed
         self.cpu = self.wall = 0.0
 
     def stamp(self):
@@ -234,10 +238,17 @@ class Program:
         files = [word for word in [*self.command, *self.environment.values()] if os.path.isfile(word)]
         return hashlib.sha256("".join(f"{file} {os.stat(file).st_mtime_ns}\n" for file in files).encode()).hexdigest()
 
-    def command_without(self, names, *options):
+    def command_without(self, names, *options, only=()):
+        """Runs the tests, or `only` some of them, but for those of the `names`."""
         if not self.is_gtest:
             return self.command
-        return [self.command[0], *options, "--gtest_filter=-" + ":".join(names)]
+        return [self.command[0], *options, "--gtest_filter=" + ":".join(only) + "-" + ":".join(names)]
+
+    def parts(self):
+        """The program's tests in two parts, the short ones first: for each its names, or none for all, and what is left out."""
+        if not self.long:
+            return [((), self.left_out)]
+        return [((), [*self.left_out, *self.long]), (self.long, self.left_out)]
 
     def limits(self):
         """Seconds of the processor and of the wall after which a run with a mutant counts as endless."""
@@ -273,7 +284,7 @@ class Ending:
 
     def failed_tests(self):
         """Of a program of GoogleTest the tests that failed, or the one that was on when the process ended."""
-        failed = re.findall(r"^\[  FAILED  \] ([^\s,]+)", self.output, re.MULTILINE)
+        failed = re.findall(r"^\[  FAILED  \] ([^\s,.]+\.[^\s,]+)", self.output, re.MULTILINE)
         begun = re.findall(r"^\[ RUN      \] (\S+)", self.output, re.MULTILINE)
         ended = re.findall(r"^\[(?:       OK|  FAILED |  SKIPPED) \] ([^\s,]+)", self.output, re.MULTILINE)
         return list(dict.fromkeys(failed or [name for name in begun[-1:] if name not in ended]))
@@ -315,6 +326,7 @@ class Baseline:
     """Which mutants each program of tests reaches, learnt from a run of it with no mutant on."""
 
     LONGEST = 300  # seconds of the processor, for all tests of a program
+    SHORT = 0.1    # seconds of the processor that a test may take to be run ahead of the others
 
     def __init__(self, paths, collection, fast_seconds, only, jobs, tell):
         self.fast_seconds = fast_seconds
@@ -330,6 +342,7 @@ class Baseline:
                     known[program.name] = entry
                     write_json(paths.reached, known)  # at once, as a run that was stopped is to go on where it was
                 program.cpu, program.wall, program.left_out = entry["cpu"], entry["wall"], entry["left out"]
+                program.long = entry["long"]
                 if entry["verdict"] != "passed":
                     tell(f"{program.name} is left out: without a mutant it {entry['verdict']}")
                     continue
@@ -345,8 +358,8 @@ class Baseline:
         if entry and entry["stamp"] == stamp:
             return entry
         if program.is_slow:
-            return {"stamp": stamp, "verdict": "is slow", "cpu": 0.0, "wall": 0.0, "left out": [], "reached": []}
-        left_out, with_mutants = [], None
+            return {"stamp": stamp, "verdict": "is slow", "cpu": 0.0, "wall": 0.0, "left out": [], "long": [], "reached": []}
+        left_out, long, with_mutants = [], [], None
         with tempfile.NamedTemporaryFile(dir=paths.work) as reached, tempfile.NamedTemporaryFile(dir=paths.work) as times:
             for _ in range(2):  # a second time without the tests that the first one finds unfit
                 reached.truncate(0)
@@ -355,34 +368,32 @@ class Baseline:
                 ending = run_process(program.command_without(left_out, f"--gtest_output=json:{times.name}"), program.folder,
                                      program.environment, 0, int(longest), 5 * longest, reached.name)
                 with_mutants = pathlib.Path(reached.name).read_bytes()
-                unfit = self._unfit(program, ending, times.name)
+                seconds = self._processor_seconds(program, ending, times.name)
+                unfit = [*(ending.failed_tests() if program.is_gtest else ()),
+                         *(name for name, time in seconds.items() if time > self.fast_seconds)]
+                long = [name for name, time in seconds.items() if self.SHORT < time and name not in unfit]
                 if not unfit:
                     break
-                left_out += unfit
+                left_out += dict.fromkeys(unfit)
         verdict = {"passed": "passed", "failed": "fails"}.get(ending.verdict, "ends by " + ending.verdict)
         if ending.verdict == "passed" and not program.is_gtest and ending.cpu > self.fast_seconds:
             verdict = "is slow"
         numbers = [number for number in range(1, len(with_mutants)) if with_mutants[number]]
         return {"stamp": stamp, "verdict": verdict, "cpu": ending.cpu, "wall": ending.wall, "left out": left_out,
-                "reached": numbers}
+                "long": long, "reached": numbers}
 
-    def _unfit(self, program, ending, times):
-        """Names of the tests that failed or took too long. Their times are those of the wall, of which the processor worked
-        for this program during a part."""
+    def _processor_seconds(self, program, ending, times):
+        """How long each test of a program of GoogleTest took. Noted are times of the wall, of which the processor worked for
+        this program during a part."""
         if not program.is_gtest:
-            return []
-        unfit = ending.failed_tests()
+            return {}
         try:
             suites = json.loads(pathlib.Path(times).read_text())["testsuites"]
         except (json.JSONDecodeError, KeyError):
-            return unfit
+            return {}
         share = min(1.0, ending.cpu / ending.wall)
-        for suite in suites:
-            for test in suite["testsuite"]:
-                name = f"{suite['name']}.{test['name']}"
-                if float(test.get("time", "0s").rstrip("s")) * share > self.fast_seconds and name not in unfit:
-                    unfit.append(name)
-        return unfit
+        return {f"{suite['name']}.{test['name']}": float(test.get("time", "0s").rstrip("s")) * share
+                for suite in suites for test in suite["testsuite"]}
 
 
 def mirrored(program, mutant):
@@ -414,10 +425,13 @@ class Trial:
     def failures(self, program, mutant):
         """The tests of the program that catch the mutant, and how. A test that fails among others must fail alone, too, as
         CTest runs it; and one that fails now and then catches nothing."""
-        left_out = list(program.left_out)
+        for only, left_out in program.parts():
+            yield from self._failures_among(program, mutant, only, list(left_out))
+
+    def _failures_among(self, program, mutant, only, left_out):
         while True:
-            ending = run_process(program.command_without(left_out, "--gtest_fail_fast"), program.folder, program.environment,
-                                 mutant.number, *program.limits())
+            command = program.command_without(left_out, "--gtest_fail_fast", only=only)
+            ending = run_process(command, program.folder, program.environment, mutant.number, *program.limits())
             if ending.verdict == "passed":
                 return
             names = [name for name in ending.failed_tests() if name in program.tests][:1] if program.is_gtest else [None]
