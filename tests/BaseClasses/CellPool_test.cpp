@@ -6,6 +6,14 @@
 #include <set>
 #include <vector>
 
+#if defined(__SANITIZE_ADDRESS__)
+#define QUORVA_TEST_CELLS_APART
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define QUORVA_TEST_CELLS_APART
+#endif
+#endif
+
 namespace {
 
 /// A type of its own, whose pool no other test uses.
@@ -32,6 +40,20 @@ TEST(CellPoolTest, ACellWithoutArgumentsHasItsFirstValuesThoughOneWasReleasedBef
   short* const mark = support::CellPool<short>::make();
   EXPECT_EQ(*mark, 0);
   support::CellPool<short>::release(mark);
+}
+
+TEST(CellPoolTest, ACellThatWasReleasedIsTheNextToBeMade) {
+#ifdef QUORVA_TEST_CELLS_APART
+  GTEST_SKIP() << "under AddressSanitizer each object is made by new";
+#endif
+  Cell* const first = Pool::make();
+  Cell* const second = Pool::make();
+  Pool::release(first);
+  Pool::release(second);
+  EXPECT_EQ(Pool::make(), second);
+  EXPECT_EQ(Pool::make(), first);
+  Pool::release(first);
+  Pool::release(second);
 }
 
 TEST(CellPoolTest, CellsOfManyBlocksAreApartAndKeepTheirValues) {

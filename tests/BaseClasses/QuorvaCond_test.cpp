@@ -125,6 +125,27 @@ TEST(QuorvaCondTest, TheLastWaiterOfABroadcastTellsThatAllAreThrough) {
   EXPECT_EQ(condition.waiters(), 0);
 }
 
+TEST(QuorvaCondTest, AfterASignalTheOnlyWaiterDoesNotTellOfTheEndOfABroadcast) {
+  QuorvaMutex mutex;
+  CondProbe condition;
+  std::thread waiter([&] {
+    const support::MutexHolder holder(mutex);
+    condition.Wait(mutex);
+  });
+  condition.awaitWaiters(1);
+  condition.Signal();
+  waiter.join();
+  std::atomic<bool> isTold = false;
+  std::thread listener([&] {
+    condition._waiters_done.wait();
+    isTold = true;
+  });
+  std::this_thread::sleep_for(std::chrono::milliseconds(30));
+  EXPECT_FALSE(isTold);
+  condition._waiters_done.set();
+  listener.join();
+}
+
 TEST(QuorvaCondTest, AnAutoResetEventLetsOneWaiterThroughForOneSet) {
   support::AutoResetEvent event;
   event.set();

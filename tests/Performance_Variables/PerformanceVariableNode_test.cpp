@@ -552,6 +552,16 @@ TEST(NodeImpulseWorkerDeathTest, AnActionThatItsModelLacksIsReported) {
                           "reward\n"));
 }
 
+/// The rate rewards of all nodes are made ahead of any impulse, whatever the order of the nodes.
+TEST(NodeImpulseWorkerDeathTest, AFaultOfARateRewardIsReportedBeforeOneOfAnImpulse) {
+  const auto build = [] {
+    const TestRewardModel model(replicated("train", 1, "exit"),
+                                {support::firingsVariable("exits", {{0.0, 10.0}}, "leave", "train"),
+                                 markVariable<IntervalOfTimeWorker>("load", INTERVAL_OF_TIME, {0.0, 1.0}, "ghost")});
+  };
+  EXPECT_EXIT(build(), testing::ExitedWithCode(0), "^Number of ghost's was 0\\.  Model cannot be created\\.");
+}
+
 // The arithmetic of accumulation.
 
 /// A reward model over queues, each with a mark and an action "serve" that adds 1 to it.

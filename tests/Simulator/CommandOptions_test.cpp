@@ -1,8 +1,10 @@
 #include <cstdint>
+#include <iostream>
 #include <string>
 #include <vector>
 
 #include "Simulator/EngineTest.h"
+#include "support/FlushWatch.h"
 
 namespace {
 
@@ -95,6 +97,12 @@ TEST_F(CommandOptionsTest, NumbersAreStoredAndTold) {
   EXPECT_EQ(simulator->isTerminatingSimulation, 0);
   EXPECT_EQ(parse({"-t", "5"}), good("Is Terminating Simulation: 5\n"));
   EXPECT_EQ(simulator->isTerminatingSimulation, 5);
+}
+
+TEST_F(CommandOptionsTest, EachOptionIsToldAtOnce) {
+  support::CommandLine line({"-N5", "-s", "3", "-a", "obs.csv", "-w"});
+  const auto parseAll = [&] { EXPECT_EQ(simulator->ParseCommandLineOptions(line.argc(), line.argv()), 0); };
+  EXPECT_THAT(support::linesHeldBack(std::cout, parseAll), testing::IsEmpty());
 }
 
 TEST_F(CommandOptionsTest, TextsAreCopiedAndTold) {

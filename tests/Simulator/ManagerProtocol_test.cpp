@@ -535,7 +535,7 @@ TEST_F(ConnectedTest, SignalThreeDetachesWithAFileAndALimit) {
   const TemporaryFile file("detached");
   SimulatorProbe& probe = startConnected(1);
   send(std::string("\3") + file.name() + ";250;;");
-  EXPECT_EQ(listen(), "");
+  EXPECT_EQ(support::standardErrorOf([this] { EXPECT_EQ(listen(), ""); }), "");
   EXPECT_EQ(receive(10), status(255, 3));
   EXPECT_TRUE(isClosed());
   EXPECT_EQ(probe.SimMgrSocket, nullptr);

@@ -54,6 +54,11 @@ TEST_F(SimStepTest, TheInitialListAsksEachGroupOnceInGroupOrderAndKeepsThoseEnab
   EXPECT_EQ(simulator->InitiallyEnabled[1], third);
 }
 
+TEST_F(SimStepTest, AnInitialListThatIsMadeAnewReplacesTheEarlierOne) {
+  start();
+  EXPECT_EQ(support::leftBehindBy([this] { simulator->GenerateInitialEnabledList(); }), 0U);
+}
+
 /// 0 of 3 is below 3 / 2 in whole numbers: the array becomes one of no entries.
 TEST_F(SimStepTest, TheInitialListMayBeEmpty) {
   change = [this] {
@@ -554,6 +559,19 @@ TEST_F(InvalidParametersTest, AnyOtherExceptionPassesOn) {
   startBatch();
   first->delay = []() -> double { throw std::runtime_error("not about parameters"); };
   EXPECT_THROW(simulator->SimStep(), std::runtime_error);
+}
+
+TEST_F(SimStepTest, WhileThePassesRunTheirCursorIsTheChainOfTheActionThatFired) {
+  startBatch();
+  std::vector<const ActionAffectsElement*> seen;
+  second->predicate = [&] {
+    seen.push_back(simulator->AffectsAction);
+    return true;
+  };
+  simulator->SimStep();
+  EXPECT_THAT(seen, ElementsAre(first->Affects, first->Affects))
+      << "asked by the pass that takes out and by that which puts in";
+  EXPECT_EQ(simulator->AffectsAction, nullptr);
 }
 
 TEST_F(SimStepTest, AFiringThatGivesNoActionEndsTheRun) {

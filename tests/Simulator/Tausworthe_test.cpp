@@ -72,6 +72,10 @@ TEST(TauswortheTest, ASeedingStartsTheStreamAfresh) {
   EXPECT_EQ(generator.rnd(), first);
 }
 
+TEST(TauswortheTest, UntilItIsSeededItsStateIsZero) {
+  EXPECT_EQ(Tausworthe().rnd(), 0.0);
+}
+
 TEST(TauswortheTest, TheStateZeroIsAbsorbing) {
   for (const std::uint32_t seed : {0u, 0x80000000u}) {
     Tausworthe generator;

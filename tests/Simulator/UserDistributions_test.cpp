@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iostream>
 #include <iterator>
 #include <limits>
 #include <memory>
@@ -13,6 +14,8 @@
 #include "Simulator/MersenneTwister.h"
 #include "Simulator/Tausworthe.h"
 #include "gtest/gtest.h"
+#include "support/AllocationCounter.h"
+#include "support/FlushWatch.h"
 
 namespace {
 
@@ -86,6 +89,15 @@ TEST(UserDistributionsTest, TheGeneratorIsDeletedWithItsSamplerAndMayBeSwapped) 
   }
 }
 
+TEST(UserDistributionsTest, TheGeneratorOfTheBaseIsGivenBackWhenAnotherTakesItsPlace) {
+  const auto makeAll = [] {
+    const UserDistributions plain;
+    const UserDistributions lagged(0, 1);
+    const UserDistributions tausworthe(1, 1);
+  };
+  EXPECT_EQ(support::leftBehindBy(makeAll), 0U);
+}
+
 /// What making a sampler writes to standard output at a debug level.
 template <typename... Arguments>
 std::string linesAtLevel(int level, Arguments... arguments) {
@@ -102,6 +114,11 @@ TEST(UserDistributionsTest, DebugLinesNameTheGeneratorAtEveryLevelButZero) {
   EXPECT_EQ(linesAtLevel(-1, 2, 1), "** Creating Lagged Fibonacci Random Number Generator (by default)\n");
   EXPECT_EQ(linesAtLevel(0, 0, 1), "");
   EXPECT_EQ(linesAtLevel(3), "");
+  EXPECT_TRUE(support::isFlushedAtTheEnd(std::cout, [] {
+    GlobalDebugLevel = 1;
+    const UserDistributions sampler(1, 1);
+    GlobalDebugLevel = 0;
+  }));
 }
 
 TEST(UserDistributionsTest, AboveLevel3TheConstructorsTellTheirEntryFirst) {

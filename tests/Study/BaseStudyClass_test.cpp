@@ -295,6 +295,7 @@ TEST_F(OverrideGVsTest, AValueThatDoesNotParseIsZeroAndNotReported) {
   EXPECT_EQ(doubleAfter("0x1p+"), 0.0);  // likewise
   EXPECT_EQ(floatAfter("1e+"), 0.0F);
   EXPECT_EQ(doubleAfter("infinit"), 0.0);  // nor does it step back out of a longer word
+  EXPECT_EQ(doubleAfter("-INFINIT"), 0.0);
   EXPECT_EQ(doubleAfter("-0xg"), 0.0);
   EXPECT_FALSE(std::signbit(doubleAfter("-0xg")));
   EXPECT_FALSE(std::signbit(doubleAfter("-0x.g")));

@@ -326,7 +326,7 @@ class Baseline:
     """Which mutants each program of tests reaches, learnt from a run of it with no mutant on."""
 
     LONGEST = 300  # seconds of the processor, for all tests of a program
-    SHORT = 0.1    # seconds of the processor that a test may take to be run ahead of the others
+    SHORT = 0.02   # seconds of the processor that a test may take to be run ahead of the others
 
     def __init__(self, paths, collection, fast_seconds, only, jobs, tell):
         self.fast_seconds = fast_seconds
