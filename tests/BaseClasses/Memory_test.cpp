@@ -9,6 +9,7 @@
 #include "BaseClasses/BaseActionClass.h"
 #include "BaseClasses/BaseGroupClass.h"
 #include "BaseClasses/FastSet.h"
+#include "BaseClasses/List.h"
 #include "BaseClasses/OwnedText.h"
 #include "BaseClasses/StandardErrors.h"
 #include "support/CapturedOutput.h"
@@ -166,6 +167,19 @@ TEST(MemoryTest, AFrozenSetGivesItsArrayBackWhenItIsClearedAndWhenItEnds) {
     kept.NoMoreModifications();
     EXPECT_EQ(live(), before + 2);
     cleared.clear();
+    EXPECT_EQ(live(), before + 1);
+  }
+  EXPECT_EQ(live(), before);
+}
+
+TEST(MemoryTest, AListThatGrowsGivesItsEarlierArrayBack) {
+  const std::size_t before = live();
+  {
+    List<int> list(1);
+    int first = 1;
+    int second = 2;
+    list.append(&first);
+    list.append(&second);
     EXPECT_EQ(live(), before + 1);
   }
   EXPECT_EQ(live(), before);

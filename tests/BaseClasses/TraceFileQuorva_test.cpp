@@ -1,5 +1,6 @@
 #include "BaseClasses/TraceFileQuorva.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <iostream>
@@ -11,6 +12,7 @@
 #include "BaseClasses/SAN/SANModel.h"
 #include "BaseClasses/TraceFileContainer.h"
 #include "BaseClasses/Traceprintf.h"
+#include "support/FlushWatch.h"
 #include "support/TemporaryFile.h"
 #include "support/TraceModels.h"
 
@@ -211,6 +213,15 @@ TEST_F(TraceFileQuorvaTest, EveryLineIsInTheFileAsSoonAsItIsWritten) {
   EXPECT_EQ(afterHeader, 38U + 1 + 7 + 1 + 38 + 1);
   named.newBatch();
   EXPECT_EQ(file.bytes().size(), afterHeader + 22);
+}
+
+TEST_F(TraceFileQuorvaTest, NoLineOfItsOwnWaitsForTheNext) {
+  const auto head = [this] {
+    sink.printHeader(&rewards);
+    sink.newBatch();
+  };
+  EXPECT_THAT(support::linesHeldBack(stream, head), testing::IsEmpty());
+  EXPECT_THAT(support::linesHeldBack(stream, [this] { step(&action, 0.5); }), testing::IsEmpty());
 }
 
 TEST_F(TraceFileQuorvaTest, AsASinkOfTheContainerItTracesARunOfTwoBatches) {

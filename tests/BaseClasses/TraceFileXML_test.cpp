@@ -1,5 +1,6 @@
 #include "BaseClasses/TraceFileXML.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -11,6 +12,7 @@
 #include "BaseClasses/SAN/SANModel.h"
 #include "BaseClasses/TraceFileContainer.h"
 #include "BaseClasses/TraceFileQuorva.h"
+#include "support/FlushWatch.h"
 #include "support/TemporaryFile.h"
 #include "support/XmlTraceModels.h"
 
@@ -354,6 +356,19 @@ TEST_F(TraceFileXMLTest, EveryLineIsInTheFileAsSoonAsItIsWritten) {
   EXPECT_EQ(file.bytes(), ids.in("<A id=\"a[idle]\" t=\"3\">\n</A>\n"));
   named.newBatch();
   EXPECT_EQ(file.bytes(), ids.in("<A id=\"a[idle]\" t=\"3\">\n</A>\n</Sequence>\n</Trace>\n"));
+}
+
+TEST_F(TraceFileXMLTest, NoLineWaitsForTheNext) {
+  const auto batch = [this] {
+    sink.printHeader(&rewards);
+    sink.newBatch();
+    sink.printInitialState(top);
+    sink.printPreFireAction(&move);
+    sink.printFireAction(&move, 3);
+    sink.printPostFireAction(&move, &move);
+    sink.newBatch();
+  };
+  EXPECT_THAT(support::linesHeldBack(stream, batch), testing::IsEmpty());
 }
 
 TEST_F(TraceFileXMLTest, TwoSinksOfOneRunWriteTheirWholeTracesEach) {

@@ -80,6 +80,12 @@ TEST(ActivityTest, TheConstructorWithValuesInitializesTheActivity) {
   EXPECT_EQ(move.SelectedAction, &move);
 }
 
+TEST(ActivityTest, ANewActivityHasNotBeenEnabled) {
+  const ScriptedActivity activity("serve");
+  EXPECT_FALSE(activity.NewEnabled);
+  EXPECT_FALSE(activity.OldEnabled);
+}
+
 TEST(ActivityTest, SelectActionOfADisabledActivityIsFalseAndMovesTheEnabledPairOn) {
   ScriptedActivity activity("serve");
   ScriptedGenerator generator({});

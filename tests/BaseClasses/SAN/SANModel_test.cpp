@@ -18,6 +18,7 @@
 #include "BaseClasses/SAN/Place.h"
 #include "BaseClasses/state/ExtendedPlace.h"
 #include "support/CapturedOutput.h"
+#include "support/FlushWatch.h"
 #include "support/ScriptedActivity.h"
 #include "support/TestVariable.h"
 
@@ -392,6 +393,8 @@ TEST(SANModelTest, PrintStateShowsLocalAndReadOnlyPlaces) {
   model.printState(&stream);
   EXPECT_EQ(stream.str(), text);
   EXPECT_EQ(standardOutputOf([&] { model.printState(); }), text);
+  EXPECT_THAT(support::linesHeldBack(stream, [&] { model.printState(&stream); }),
+              testing::Not(testing::Contains(testing::StartsWith("Model: "))));
 }
 
 TEST(SANModelTest, TheInfoShowsCountsActionsGroupsAndPlaces) {
@@ -525,6 +528,21 @@ TEST(SANModelTest, LocalStatesOfEqualMarkingsAreEqual) {
   EXPECT_EQ(model.done.getMark(), 3);
   model.DestructLocalState(first);
   model.DestructLocalState(second);
+}
+
+TEST(SANModelTest, DestructingALocalStateDestroysIt) {
+  class MortalState : public SANModel::LocalState {
+   public:
+    MortalState(SANModel* model, int& deaths) : LocalState(model), deaths_(deaths) {}
+    ~MortalState() override { ++deaths_; }
+
+   private:
+    int& deaths_;
+  };
+  StationSAN model;
+  int deaths = 0;
+  model.DestructLocalState(new MortalState(&model, deaths));
+  EXPECT_EQ(deaths, 1);
 }
 
 TEST(SANModelTest, DestructingNoLocalStateIsAllowed) {
