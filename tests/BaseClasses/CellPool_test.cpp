@@ -59,6 +59,7 @@ TEST(CellPoolTest, ACellThatWasReleasedIsTheNextToBeMade) {
 TEST(CellPoolTest, CellsOfManyBlocksAreApartAndKeepTheirValues) {
   constexpr int kCells = 3000;
   std::vector<Cell*> cells;
+  cells.reserve(kCells);
   for (int i = 0; i < kCells; ++i) {
     cells.push_back(Pool::make(i, -i));
   }

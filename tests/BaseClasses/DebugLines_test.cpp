@@ -12,7 +12,7 @@ std::string debugLineAt(int globalLevel) {
   GlobalDebugLevel = globalLevel;
   testing::internal::CaptureStdout();
   support::debugLine(3, "Value is ", 42);
-  const std::string text = testing::internal::GetCapturedStdout();
+  std::string text = testing::internal::GetCapturedStdout();
   GlobalDebugLevel = 0;
   return text;
 }

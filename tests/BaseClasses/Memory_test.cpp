@@ -10,7 +10,6 @@
 #include "BaseClasses/BaseGroupClass.h"
 #include "BaseClasses/FastSet.h"
 #include "BaseClasses/List.h"
-#include "BaseClasses/OwnedText.h"
 #include "BaseClasses/StandardErrors.h"
 #include "support/CapturedOutput.h"
 #include "support/ScriptedGenerator.h"
@@ -182,15 +181,6 @@ TEST(MemoryTest, AListThatGrowsGivesItsEarlierArrayBack) {
     list.append(&second);
     EXPECT_EQ(live(), before + 1);
   }
-  EXPECT_EQ(live(), before);
-}
-
-TEST(MemoryTest, ATextThatIsReplacedIsGivenBack) {
-  const std::size_t before = live();
-  char* owned = support::copyOfText("queue");
-  support::replaceText(owned, "server");
-  EXPECT_EQ(live(), before + 1);
-  support::replaceText(owned, nullptr);
   EXPECT_EQ(live(), before);
 }
 

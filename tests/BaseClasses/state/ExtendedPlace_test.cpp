@@ -3,12 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <iostream>
 #include <limits>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "BaseClasses/state/TestVariables.h"
+#include "support/FlushWatch.h"
 
 namespace {
 
@@ -142,6 +144,11 @@ TEST(ExtendedPlaceDebugTest, TheInitialMarkingOfAPrefixedPlaceIsToldAboveLevel1)
   GlobalDebugLevel = 0;
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
             "** Initial Marking for speed is 30\n** Initial Marking for code is 0\n");
+  EXPECT_TRUE(support::isFlushedAtTheEnd(std::cout, [] {
+    GlobalDebugLevel = 2;
+    const ExtendedPlace<int> shown("speed", "train", 30);
+    GlobalDebugLevel = 0;
+  }));
 }
 
 }  // namespace
