@@ -117,6 +117,7 @@ TEST_F(PreselectGroupTest, TheAnswersAreThoseOfTheChosenMember) {
 TEST_F(PreselectGroupTest, EachQuestionMakesTheChoiceThatIsDue) {
   const auto drawsOf = [&](auto question) {
     group.NeedToReselect = true;
+    group.SelectedAction = nullptr;  // as before the first choice: there is none to answer yet
     ScriptedGenerator generator({0.5});
     question();
     EXPECT_FALSE(group.NeedToReselect);

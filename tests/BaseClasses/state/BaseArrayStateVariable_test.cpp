@@ -236,6 +236,12 @@ TEST(BaseArrayStateVariableDeathTest, SharingWithAShorterArrayFailsTheAssertion)
                "Assertion failed: otheri!=otherArray->fields\\.end\\(\\), file BaseArrayStateVariable\\.cpp");
 }
 
+TEST(BaseArrayStateVariableDeathTest, SharingWithANullPointerIsTold) {
+  ScalarArray<int> array("a", {1});
+  EXPECT_EXIT(array.ShareWith(nullptr), testing::ExitedWithCode(1),
+              "^ERROR: \"a\" is to be shared with a variable that is not there: its pointer is null\n$");
+}
+
 TEST(BaseArrayStateVariableDeathTest, SharingWithAnythingButAnArrayFailsTheAssertion) {
   ScalarArray<int> array("a", {1});
   ExtendedPlace<int> place("x");
