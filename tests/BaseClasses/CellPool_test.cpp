@@ -6,13 +6,7 @@
 #include <set>
 #include <vector>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define QUORVA_TEST_CELLS_APART
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define QUORVA_TEST_CELLS_APART
-#endif
-#endif
+#include "BaseClasses/Sanitizers.h"
 
 namespace {
 
@@ -43,9 +37,9 @@ TEST(CellPoolTest, ACellWithoutArgumentsHasItsFirstValuesThoughOneWasReleasedBef
 }
 
 TEST(CellPoolTest, ACellThatWasReleasedIsTheNextToBeMade) {
-#ifdef QUORVA_TEST_CELLS_APART
-  GTEST_SKIP() << "under AddressSanitizer each object is made by new";
-#endif
+  if (support::kUnderAddressSanitizer) {
+    GTEST_SKIP() << "under AddressSanitizer each object is made by new";
+  }
   Cell* const first = Pool::make();
   Cell* const second = Pool::make();
   Pool::release(first);
