@@ -1,8 +1,10 @@
 #include "Statistics/ObservationSummary.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
 #include <cmath>
+#include <cstdint>
 
 #include "Statistics/Intervals.h"
 
@@ -41,9 +43,43 @@ double skewnessOf(double n, CentralSums sums) noexcept {
 }  // namespace
 
 void ObservationSummary::add(std::span<const double> observations) noexcept {
+  if (!observations.empty()) {
+    addOne(observations.front());
+    observations = observations.subspan(1);
+  }
+  if (isBinary_ && addBinary(observations)) {
+    return;
+  }
   for (const double observation : observations) {
     addOne(observation);
   }
+}
+
+bool ObservationSummary::addBinary(std::span<const double> observations) noexcept {
+  bool areBinary = true;
+  std::int64_t ones = 0;
+  for (const double observation : observations) {
+    const bool isOne = observation == 1.0;
+    areBinary = areBinary & (isOne | (std::bit_cast<std::uint64_t>(observation) == 0));  // not for -0.0
+    ones += isOne ? 1 : 0;
+  }
+  if (!areBinary) {
+    return false;
+  }
+  const auto size = static_cast<std::int64_t>(observations.size());
+  const bool startedAtZero = first_ == 0.0;
+  const std::int64_t others = startedAtZero ? ones : size - ones;
+  count_ += size;
+  if (others > 0) {
+    minimum_ = std::min(minimum_, 0.0);
+    maximum_ = 1.0;
+    // All sums so far are whole numbers, and hold these exactly.
+    const DoubleDouble apart{static_cast<double>(others), 0.0};
+    sum_ = sum_ + (startedAtZero ? apart : -apart);
+    squares_ = squares_ + apart;
+    cubes_ = cubes_ + (startedAtZero ? apart : -apart);
+  }
+  return true;
 }
 
 void ObservationSummary::addOne(double observation) noexcept {

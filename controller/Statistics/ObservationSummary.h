@@ -47,6 +47,8 @@ class ObservationSummary {
 
  private:
   void addOne(double observation) noexcept;
+  /// Adds them at once if each of them is 0 or 1, as each so far; the sums are the same bits as one by one. Otherwise false.
+  bool addBinary(std::span<const double> observations) noexcept;
 
   std::int64_t count_ = 0;
   std::int64_t firstNotFinite_ = -1;

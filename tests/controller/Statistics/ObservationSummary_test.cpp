@@ -101,9 +101,7 @@ TEST(ObservationSummaryTest, TheMeanOfManyIsTheRoundedExactOne) {
   EXPECT_DOUBLE_EQ(summary.estimate(0.95).mean, (0.1 + 0.7) / 2.0);
 }
 
-TEST(ObservationSummaryTest, ObservationsInOneCallOrInManyGiveTheSameBits) {
-  support::Noise noise(2);
-  const std::vector<double> observations = noise.normals(1000);
+void expectSameBitsHoweverTheyAreAdded(const std::vector<double>& observations) {
   ObservationSummary byOne;
   ObservationSummary bySome;
   for (std::size_t at = 0; at < observations.size(); ++at) {
@@ -117,6 +115,29 @@ TEST(ObservationSummaryTest, ObservationsInOneCallOrInManyGiveTheSameBits) {
   }
   expectSameBits(byOne.estimate(0.95), estimateOf(observations));
   expectSameBits(bySome.estimate(0.95), estimateOf(observations));
+}
+
+TEST(ObservationSummaryTest, ObservationsInOneCallOrInManyGiveTheSameBits) {
+  support::Noise noise(2);
+  expectSameBitsHoweverTheyAreAdded(noise.normals(1000));
+}
+
+// The same where zeros and ones are counted rather than added, from either start, and where another number ends that.
+TEST(ObservationSummaryTest, ZerosAndOnesInOneCallOrInManyGiveTheSameBits) {
+  support::Noise noise(3);
+  for (const double first : {0.0, 1.0, -0.0}) {
+    std::vector<double> observations{first};
+    for (int i = 0; i < 700; ++i) {
+      observations.push_back(noise.uniform() < 0.3 ? 1.0 : 0.0);
+    }
+    expectSameBitsHoweverTheyAreAdded(observations);
+    for (const double other : {-0.0, 0.1, 2.0}) {
+      std::vector<double> mixed = observations;
+      mixed.push_back(other);
+      mixed.insert(mixed.end(), observations.begin(), observations.end());
+      expectSameBitsHoweverTheyAreAdded(mixed);
+    }
+  }
 }
 
 TEST(ObservationSummaryTest, WithoutObservationsNothingIsKnown) {
