@@ -40,9 +40,9 @@ bool isWhole(double value) {
          static_cast<std::int32_t>(value) == value;
 }
 
-/// Failures before a success, from one variate. Without a check: p == 0 divides by zero.
-double failuresBeforeSuccess(double variate, double p) {
-  return std::floor(std::log(variate) / std::log(1 - p));
+/// Failures before a success, from the logarithm of one variate. Without a check: p == 0 divides by zero.
+double failuresBeforeSuccess(double logarithm, double p) {
+  return std::floor(logarithm / std::log(1 - p));
 }
 
 }  // namespace
@@ -66,7 +66,7 @@ double Distributions::Deterministic(double value) {
 
 double Distributions::Geometric(double p) {
   refuseIf(p <= 0 || p >= 1, "INVALID_DIST_PARAMS: p is not in the range (0,1)");
-  return failuresBeforeSuccess(RNG->rnd(), p);
+  return failuresBeforeSuccess(logarithmOfDraw(), p);
 }
 
 double Distributions::Weibull(double alpha, double beta) {
@@ -208,7 +208,7 @@ double Distributions::NegativeBinomial(double s, double p) {
   const auto terms = static_cast<std::int32_t>(s);
   double sum = 0;
   for (std::int32_t i = 0; i < terms; ++i) {
-    sum += failuresBeforeSuccess(RNG->rnd(), p);
+    sum += failuresBeforeSuccess(logarithmOfDraw(), p);
   }
   return sum;
 }

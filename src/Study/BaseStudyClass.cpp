@@ -79,7 +79,7 @@ bool isCutShort(std::string_view number, std::string_view rest) {
   const auto goesOnWith = [&](std::string_view letters) {
     return letters.find(rest.front()) != std::string_view::npos;
   };
-  if (number.find_first_of("nN") != std::string_view::npos) {  // an infinity, or no number: neither has an exponent
+  if (number.find_first_of("nN") != std::string_view::npos) {  // an infinity has no exponent
     return (number.back() == 'f' || number.back() == 'F') && goesOnWith("iI");
   }
   if (number.substr(number.find_first_not_of(" \t\n\v\f\r+-")) == "0" && goesOnWith("xX")) {
